@@ -1,0 +1,22 @@
+/// \file
+/// Integer arithmetic whose result is fixed for every input.
+#pragma once
+
+#include <cstdint>
+
+namespace zepbmp {
+
+/// Toward zero; a NaN or a value outside 32 bits gives INT32_MIN.
+inline int32_t trunc_to_int32(double value) {
+    return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int32_t>(value) : INT32_MIN;
+}
+
+/// Sums and differences modulo 2^32, as signed values.
+inline int32_t wrapping_add(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+inline int32_t wrapping_sub(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
+}  // namespace zepbmp

@@ -1,0 +1,141 @@
+/// \file
+/// The kernel tables: filled once at load, before any export can run, and only read afterwards.
+///
+/// The selection tables, which say what goes where, stand with the kernels that they select from:
+/// compose/compose_table.cpp, mapping/polygon/span_table.cpp, core/line_table.cpp, shapes/shape_table.cpp.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "core/cpu.h"
+
+namespace zepbmp {
+
+constexpr int kWidestRegister = 64;  ///< bytes
+
+/// Which kernels a fill takes. `level` picks a column of the selection table. At level 4 `register_bytes` (8, 16, 32, 64)
+/// picks among the kernels that write the same bytes; 8 is the printed column itself. More than this build or this machine
+/// has means as much as it has.
+void fill_compose_slots(int level, int register_bytes = kWidestRegister);
+void fill_span_groups(int level);
+void fill_line_kernels(int level, int register_bytes = kWidestRegister);
+void fill_shape_kernels(int level, int register_bytes = kWidestRegister);
+
+/// All of the above.
+void fill_kernel_tables(int level, int register_bytes = kWidestRegister);
+
+/// What process attach does: measures, fills every table, sets the streaming threshold.
+void attach_process();
+
+/// The widest registers, in bytes, for which this build has kernels and this machine support. Measured once.
+int usable_register_bytes();
+
+// ---------------------------------------------------------------- composition
+
+/// Every kernel processes `lines` lines of `count` pixels (level kernels: bytes). Pointers are those of the first pixel; after
+/// a line each has advanced by what it processed, then its skip (bytes, signed) is added. Kernels never touch anything past
+/// `count`; count or lines of 0 touch nothing; dst may be one of the sources.
+using ComposeMixKernel = void(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_skip, const uint8_t* src1,
+                              ptrdiff_t src1_skip, const uint8_t* src2, ptrdiff_t src2_skip, const void* mask,
+                              ptrdiff_t mask_skip);
+using ComposeLevelKernel = void(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_skip, const uint8_t* src1,
+                                ptrdiff_t src1_skip, int32_t weight1, const uint8_t* src2, ptrdiff_t src2_skip,
+                                int32_t level);
+using ComposeBandKernel = void(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_skip, const uint8_t* src1,
+                               ptrdiff_t src1_skip, const uint8_t* src2, ptrdiff_t src2_skip, const uint16_t* mask1,
+                               ptrdiff_t mask1_skip, const uint16_t* mask2, ptrdiff_t mask2_skip, uint32_t color);
+using ComposeColorKernel = void(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_skip, const uint8_t* src,
+                                ptrdiff_t src_skip, const uint16_t* mask, ptrdiff_t mask_skip, uint32_t color);
+
+/// The twelve slots, in order.
+struct ComposeSlots {
+    ComposeMixKernel* rgbq_w16;
+    ComposeMixKernel* rgbq_a8;
+    ComposeMixKernel* yuy2_w16;
+    ComposeMixKernel* yuy2_w16_aligned;
+    ComposeMixKernel* yuy2_a8;
+    ComposeMixKernel* yuy2_a8_aligned;
+    ComposeLevelKernel* level;
+    ComposeLevelKernel* level_aligned;
+    ComposeBandKernel* color_rgbq_band;
+    ComposeBandKernel* color_yuy2_band;
+    ComposeColorKernel* color_rgbq;
+    ComposeColorKernel* color_yuy2;
+};
+extern ComposeSlots compose_slot;
+
+// ---------------------------------------------------------------- polygon spans
+
+using SpanKernel = void (*)();  ///< called as what its group says
+constexpr int kSpanFilters = 21;
+constexpr int kSpanGroups = 10;
+
+enum SpanGroup : int {
+    kSpanYuy2Affine,
+    kSpanYuy2Persp,
+    kSpanRgbqAffine,
+    kSpanRgbqPersp,
+    kSpanPwrwAffine,
+    kSpanPwrwPersp,
+    kSpanYuy2Depth,
+    kSpanRgbqDepth,
+    kSpanA8TintYuy2,
+    kSpanA8TintRgbq,
+};
+extern SpanKernel span_group[kSpanGroups][kSpanFilters];
+
+// ---------------------------------------------------------------- lines of bytes
+
+/// How a kernel stores: through the caches, or past them. Streaming is for calls that touch more than the caches hold.
+enum StoreKind : int { kStoreCached, kStoreStreamed };
+constexpr int kStoreKinds = 2;
+
+/// One line each. `bytes` of 0 touches nothing; no alignment is asked of any address.
+struct LineKernels {
+    /// `value` repeated from dst on; 16-bit patterns are given twice.
+    void (*fill[kStoreKinds])(uint8_t* dst, size_t bytes, uint32_t value);
+    /// dst and src are apart, or the same.
+    void (*copy[kStoreKinds])(uint8_t* dst, const uint8_t* src, size_t bytes);
+    /// between[i] = (above[i] + below[i] + 1) >> 1 and copied[i] = below[i]. `copied` may be `below`.
+    void (*interpolate[kStoreKinds])(uint8_t* between, uint8_t* copied, const uint8_t* above, const uint8_t* below,
+                                     size_t bytes);
+    /// Orders streamed stores before everything after: once, at the end of a call that streamed.
+    void (*end_stream)();
+};
+extern LineKernels line_kernels;
+
+/// A call that touches more bytes than this streams its stores. Set at load to the second-level cache's size: what a call
+/// leaves there would push itself out. Tests set 0 or SIZE_MAX.
+extern size_t stream_threshold_bytes;
+
+static inline StoreKind store_kind(size_t bytes_touched) {
+    return bytes_touched > stream_threshold_bytes ? kStoreStreamed : kStoreCached;
+}
+
+// ---------------------------------------------------------------- shapes
+
+constexpr int kRampSteps = 1024;
+
+/// The soft edge of a circle, on one line. The pixel at x, whose centre lies d = sqrt((x - cx + 0.5)^2 + dy^2) from the
+/// circle's, gets table[k], k = trunc((radius - d) * scale + 0.5) held to 0..kRampSteps; all in double precision.
+struct RampLine {
+    double cx;              ///< centre, pixels
+    double dy;              ///< from the centre to the line's middle, pixels
+    double radius;          ///< outer radius, pixels
+    double scale;           ///< ramp steps per pixel
+    const uint16_t* table;  ///< kRampSteps + 1 weights and one word more, which wide loads touch
+    bool linear;            ///< table[k] is 4 * k
+};
+
+struct ShapeKernels {
+    /// weights[i] += v, modulo 2^16
+    void (*add_run)(uint16_t* weights, int32_t count, int32_t v);
+    /// weights[i] = max(weights[i], v), 0 <= v <= 65535
+    void (*max_run)(uint16_t* weights, int32_t count, int32_t v);
+    /// weights[x] for x = first .. end-1 of the line that starts at `weights`
+    void (*ramp)(uint16_t* weights, int32_t first, int32_t end, const RampLine& line);
+};
+extern ShapeKernels shape_kernels;
+
+}  // namespace zepbmp

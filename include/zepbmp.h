@@ -1,0 +1,273 @@
+/* zepbmp: raster operations on in-memory video frames.
+ *
+ * This header is the whole boundary of the library, for C and for C++. The functions do their work on the caller's
+ * thread and return when it is done. They check nothing: what the caller guarantees stands at each function, under
+ * "caller". A call that keeps these duties never reads or writes outside a bitmap.
+ *
+ * Units and scales used throughout
+ *   pixels and lines   integers; line 0 is the top line; float positions count from the top left corner of pixel (0, 0)
+ *   weight             unsigned 16-bit, 0 = none, 4096 = full (a BMP_FMT_PWRW bitmap holds one per pixel)
+ *   mask               unsigned 8-bit, 0 = none, 128 = full (a BMP_FMT_A8 bitmap holds one per pixel)
+ *   level              integer 0..4096, one for a whole call
+ *
+ * Threads: there are no locks. Calls on distinct bitmaps may run at the same time; one bitmap must not be written by one
+ * call while another call uses it.
+ *
+ * SPDX-License-Identifier: MIT
+ */
+#ifndef ZEPBMP_H
+#define ZEPBMP_H
+
+#include <stdint.h>
+
+#define ZEPBMP_VERSION_MAJOR 0
+#define ZEPBMP_VERSION_MINOR 1
+#define ZEPBMP_VERSION_PATCH 0
+
+/* What this version of the library exports. All 18 functions are declared below, so that a host can be written against
+ * the whole boundary; those of a group that is 0 here are not in the library yet and do not link. */
+#define ZEPBMP_HAS_BITMAPS 1  /* bmp_create bmp_destroy bmp_pointer                 */
+#define ZEPBMP_HAS_COPIES 1   /* bmp_clear bmp_copy bmp_blt bmp_interporate         */
+#define ZEPBMP_HAS_COMPOSE 1  /* bmp_compose bmp_compose_color                      */
+#define ZEPBMP_HAS_SHAPES 1   /* bmp_alpha_rect bmp_alpha_circle                    */
+#define ZEPBMP_HAS_DRAWING 0  /* bmp_draw_rect bmp_draw_line bmp_translate_color    */
+#define ZEPBMP_HAS_DISPLAY 0  /* bmp_set_palette bmp_display                        */
+#define ZEPBMP_HAS_POLYGONS 0 /* bmp_map_polygon                                    */
+#define ZEPBMP_HAS_RECTS 0    /* bmp_map_rect                                       */
+
+#if defined(_WIN32)
+#define BMP_CALL __stdcall
+#else
+#define BMP_CALL
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---------------------------------------------------------------- formats and flags */
+
+/* Pixel formats. Bytes are named in memory order. */
+#define BMP_FMT_YUY2 0  /* 2 bytes: packed YUV 4:2:2, a pair of pixels is Y0 U Y1 V; "YUY2"            */
+#define BMP_FMT_RGBQ 1  /* 4 bytes: blue green red and a fourth byte; "RGBQ"                           */
+#define BMP_FMT_PWRW 2  /* 2 bytes: one unsigned 16-bit weight, 4096 = full; "PWRW"                    */
+#define BMP_FMT_QUAD3 3 /* 4 bytes of no fixed meaning                                                 */
+#define BMP_FMT_QUAD4 4 /* 4 bytes of no fixed meaning                                                 */
+#define BMP_FMT_QUAD5 5 /* 4 bytes of no fixed meaning                                                 */
+#define BMP_FMT_RGB8 6  /* 1 byte: palette index; "RGB8"                                               */
+#define BMP_FMT_A8 7    /* 1 byte: mask, 128 = full, or texture strength, 255 = full                   */
+
+/* Field flags, for operations on one field of an interlaced frame. The first line is (flags & BMP_FIELD_ODD); the line
+ * step is 2 with BMP_FIELD, else 1. So BMP_FIELD_ODD alone skips line 0 and takes every line after it. */
+#define BMP_FIELD_ODD 1u
+#define BMP_FIELD 2u
+
+/* Flags of bmp_create. Bits 1 and 2 describe the picture's interlacing and are kept in the record. */
+#define BMP_CREATE_ZERO 4u /* zero-filled */
+
+/* Flags of bmp_compose. */
+#define BMP_COMPOSE_LEVEL 0x10000u /* the mask argument is a level */
+
+/* Flags of bmp_alpha_rect and bmp_alpha_circle. */
+#define BMP_SHAPE_ADD 0x00u                /* weights add up                                                    */
+#define BMP_SHAPE_MAX 0x10u                /* the larger weight is kept                                         */
+#define BMP_SHAPE_ELLIPTIC 0x10000u        /* rectangle: elliptical corners, together with one of the next two  */
+#define BMP_SHAPE_ELLIPTIC_PLAIN 0x20000u  /*   either of them; both draw the same picture                      */
+#define BMP_SHAPE_ELLIPTIC_EDGES 0x800000u
+#define BMP_SHAPE_COSINE 0x40000u /* circle: raised-cosine ramp instead of the linear one              */
+
+/* Flags of bmp_map_polygon. */
+#define BMP_MAP_EXTRA 16u        /* the texture is tex_b; tex_a goes to the kernel (a tint colour)     */
+#define BMP_MAP_SOLID 32u        /* with BMP_MAP_EXTRA: solid fill, tex_a colour, tex_b level          */
+#define BMP_MAP_ANTIALIAS 0x4000u /* anti-aliased edges                                                 */
+#define BMP_MAP_NO_FILTER 0x8000u /* nearest samples, no anti-aliasing                                  */
+
+/* An integer (a level or a packed colour) in the place of a bitmap argument. */
+#define BMP_INTEGER(value) ((const void*)(intptr_t)(value))
+
+/* ---------------------------------------------------------------- records */
+
+/* A bitmap: this header, then the lines, in one block. On a 32-bit target it is twelve 32-bit words (48 bytes); on a
+ * 64-bit target the two pointers are wider and the order is the same. The host may read every field and writes none. */
+typedef struct Bitmap {
+    int32_t width;           /* pixels, as passed                                                            */
+    int32_t height;          /* lines, as passed                                                             */
+    int32_t pitch;           /* bytes from a line to the next: (bytes_per_pixel * width + 15) & ~15          */
+    int32_t bit_count;       /* bytes_per_pixel * 8                                                          */
+    uint8_t* pixels;         /* first byte of line 0, 16-byte aligned                                        */
+    void* dib_info;          /* display header, null until first needed; the library's own                   */
+    uint32_t fourcc;         /* first character in the lowest byte; written for YUY2, RGBQ, PWRW, RGB8 only  */
+    uint32_t interlace;      /* 0, 1, 2 for create_flags 0, 2, 3; not written for 1                          */
+    uint32_t reserved;       /* never read or written                                                        */
+    int32_t bytes_per_pixel; /* 1, 2 or 4 for the formats above                                              */
+    uint32_t create_flags;   /* flags of bmp_create & 3                                                      */
+    uint32_t format;         /* BMP_FMT_..., as passed                                                       */
+} Bitmap;
+
+/* A polygon's corner: five floats, 20 bytes. */
+typedef struct BmpVertex {
+    float u; /* source x, pixels                                          */
+    float v; /* source y, frame lines (halved inside for a field source)  */
+    float w; /* perspective weight; the same at every vertex = affine     */
+    float x; /* destination x, pixels; pixel centres at integer + 0.5     */
+    float y; /* destination y, frame lines                                */
+} BmpVertex;
+
+/* ---------------------------------------------------------------- bitmaps */
+
+/* Makes a bitmap.
+ *   width, height   pixels and lines
+ *   format          BMP_FMT_...; any other value gives a bitmap whose pixel size in bytes is its height
+ *   flags           bits 1 and 2: kept in create_flags; BMP_CREATE_ZERO: all bytes zero, else uninitialised
+ * returns  the bitmap, or null when memory is short, or (64-bit targets) when width or height is negative or the size does
+ *          not fit. On a 32-bit target sizes wrap at 32 bits.
+ * caller   on a 32-bit target keeps pitch * height below 2^32 - 64. Frees it with bmp_destroy. */
+Bitmap* BMP_CALL bmp_create(int32_t width, int32_t height, int32_t format, uint32_t flags);
+
+/* Frees a bitmap and its display header. Null is ignored. */
+void BMP_CALL bmp_destroy(Bitmap* bitmap);
+
+/* Address of pixel (x, y): pixels + y * pitch + x * bytes_per_pixel. Nothing is checked: coordinates outside the bitmap
+ * give addresses outside it. */
+uint8_t* BMP_CALL bmp_pointer(const Bitmap* bitmap, int32_t x, int32_t y);
+
+/* ---------------------------------------------------------------- fills, copies, blits: any format */
+
+/* Sets the lines that the field flags select to zero, padding included. */
+void BMP_CALL bmp_clear(Bitmap* bitmap, uint32_t flags);
+
+/* Copies whole lines, padding included. Without BMP_FIELD the whole source, as one block. With BMP_FIELD the lines that
+ * the field flags select of the destination, each with the destination's pitch.
+ * caller   source and destination have the same geometry and do not overlap, or are the same bitmap. */
+void BMP_CALL bmp_copy(Bitmap* destination, const Bitmap* source, uint32_t flags);
+
+/* Copies a rectangle of width x height pixels, clipped to both bitmaps.
+ *   A part left of or above the source moves the destination by as much. A part left of or above the destination does
+ *   not move the source: the rectangle's left (top) pixels land at column (line) 0, the right (bottom) ones are dropped.
+ *   flags   BMP_FIELD: every second line of both, those whose destination line has the parity of BMP_FIELD_ODD.
+ *   Within one bitmap, where a line's source and destination overlap, bytes move in 4-byte words from left to right, then
+ *   single bytes.
+ * caller   both bitmaps have the same bytes_per_pixel. */
+void BMP_CALL bmp_blt(Bitmap* destination, int32_t dest_x, int32_t dest_y, int32_t width, int32_t height,
+                      const Bitmap* source, int32_t src_x, int32_t src_y, uint32_t flags);
+
+/* Rebuilds a frame from the field of source that BMP_FIELD_ODD selects: its lines are copied, each line between two of
+ * them is their rounded average, byte by byte: (a + b + 1) >> 1; a line beyond the field's first or last is its copy.
+ *   Works in place. A bitmap without a line of that field stays unchanged.
+ * caller   the source has at least the destination's pitch and height. */
+void BMP_CALL bmp_interporate(Bitmap* destination, const Bitmap* source, uint32_t flags);
+
+/* ---------------------------------------------------------------- drawing, colours */
+
+/* Fills columns left..right-1 of lines top..bottom-1, clipped.
+ *   RGBQ, PWRW   mode 0 stores colour (PWRW: its low 16 bits).
+ *   RGB8         mode 16 ORs, mode 32 ANDs the low byte of colour.
+ *   Anything else draws nothing. */
+void BMP_CALL bmp_draw_rect(Bitmap* bitmap, int32_t left, int32_t top, int32_t right, int32_t bottom, uint32_t colour,
+                            uint32_t mode);
+
+/* Draws max(|x1-x0|, |y1-y0|) pixels of a line from (x0, y0) toward (x1, y1), which is itself not drawn, into an RGB8
+ * bitmap. mode & 0x70: 0x00 set, 0x10 or, 0x20 and, 0x30 xor; the others draw nothing.
+ * caller   both ends lie inside the bitmap: there is no clipping. */
+void BMP_CALL bmp_draw_line(Bitmap* bitmap, int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint32_t colour,
+                            uint32_t mode);
+
+/* Turns a Windows colour reference 0x00BBGGRR into an RGBQ pixel 0x00RRGGBB and back. The top byte is dropped. The first
+ * argument is not read. */
+uint32_t BMP_CALL bmp_translate_color(const void* ignored, uint32_t colour);
+
+/* ---------------------------------------------------------------- palette, display */
+
+/* Stores colour (blue in bits 0..7, green 8..15, red 16..23) in entry index, 0..255, of an RGB8 bitmap's colour table,
+ * which starts as a grey ramp. Another format or index stores nothing. */
+void BMP_CALL bmp_set_palette(Bitmap* bitmap, int32_t index, uint32_t colour);
+
+/* Shows a bitmap on a Windows device context (HDC) with SetDIBitsToDevice: source x src_x, source y 0, first scan line
+ * start_line, all lines. returns  the number of lines set, 0 on failure. */
+int32_t BMP_CALL bmp_display(void* device_context, int32_t dest_x, int32_t dest_y, int32_t width, int32_t height,
+                             Bitmap* bitmap, int32_t src_x, int32_t start_line);
+
+/* ---------------------------------------------------------------- composition */
+
+/* Mixes two frames: dest = src1 where the weight is 0, src2 where it is full, (src2*w + src1*(full-w)) / full between.
+ *   dest   RGBQ or YUY2; other formats only with BMP_COMPOSE_LEVEL. Its width and height decide what is processed.
+ *   mask   a bitmap: format A8 is read as masks (full 128), every other format as 16-bit weights (full 4096).
+ *          With BMP_COMPOSE_LEVEL: BMP_INTEGER(level), and whole stored lines are mixed byte by byte, whatever the format.
+ *   flags  field flags, BMP_COMPOSE_LEVEL
+ *   In YUY2 both pixels of a pair take the chroma weight of the pair's first pixel. Up to 7 pixels of a line's padding
+ *   are written too. The fourth byte of RGBQ is mixed like a colour at processor levels 1 to 4 and kept at level 0; how
+ *   the levels round is told in docs/rounding.md.
+ * returns  0
+ * caller   sources and mask are at least as large as dest, sources of its format; dest may be one of the sources but
+ *          overlaps none otherwise. Weights of a mask are 0..4096 (0..128 in A8) for a mix; larger ones extrapolate. */
+int32_t BMP_CALL bmp_compose(Bitmap* dest, const Bitmap* src1, const Bitmap* src2, const void* mask, uint32_t flags);
+
+/* Mixes frames with a flat colour.
+ *   mask2 given   src2 gets weight a of mask1, the colour b - a (b of mask2), src1 4096 - b: a coloured band where the
+ *                 two masks differ.
+ *   mask2 null    src1 gets weight w of mask1, the colour 4096 - w. src2 is not read.
+ *   dest    RGBQ or YUY2; other formats stay unchanged
+ *   color   YUY2: Y in bits 16..23, U 8..15, V 0..7. RGBQ: byte k of the pixel in bits 8k..8k+7; the band at processor
+ *           level 0 takes bytes 0 and 2 in the opposite order.
+ *   flags   field flags
+ *   Masks are read as 16-bit weights whatever their format. A last odd pixel of a YUY2 line is left alone.
+ * returns  0
+ * caller   as for bmp_compose. */
+int32_t BMP_CALL bmp_compose_color(Bitmap* dest, const Bitmap* src1, const Bitmap* src2, const Bitmap* mask1,
+                                   const Bitmap* mask2, uint32_t color, uint32_t flags);
+
+/* ---------------------------------------------------------------- shapes in weight maps */
+
+/* Draws a rectangle with edges at 1/64 pixel into a weight map.
+ *   x, y            top left corner; width, height   size; pixels and frame lines, truncated to 1/64
+ *   radius_x, _y    corner radii, only for elliptical corners; shrunk, keeping their ratio, to half the rectangle
+ *   flags           field flags; mode BMP_SHAPE_ADD or BMP_SHAPE_MAX, another one draws nothing;
+ *                   BMP_SHAPE_ELLIPTIC with BMP_SHAPE_ELLIPTIC_PLAIN or _EDGES: elliptical corners, always the larger
+ *                   weight
+ *   A pixel gets its covered fraction of 4096. Whole pixels of whole lines become 4096 also in add mode. Added weights
+ *   wrap at 65536.
+ * caller   bitmap has 16-bit pixels. */
+void BMP_CALL bmp_alpha_rect(Bitmap* bitmap, float x, float y, float width, float height, float radius_x,
+                             float radius_y, uint32_t flags);
+
+/* Draws a disc into a weight map and sets everything around it to 0, on every line that the field flags select.
+ *   cx, cy     centre, pixels; line y covers y * aspect .. (y + 1) * aspect
+ *   radius     outer radius, pixels
+ *   feather    width of the soft edge inside the radius; 0 or less: a hard edge, anti-aliased with 4 x 4 samples
+ *   aspect     height of a line in pixels
+ *   flags      field flags; BMP_SHAPE_COSINE: raised-cosine ramp
+ * caller   bitmap has 16-bit pixels. */
+void BMP_CALL bmp_alpha_circle(Bitmap* bitmap, float cx, float cy, float radius, float feather, float aspect,
+                               uint32_t flags);
+
+/* ---------------------------------------------------------------- mapping */
+
+/* Maps a source onto a polygon, or fills the polygon with a colour.
+ *   dst        destination, or null: then dst2 is the destination
+ *   dst2       with dst: a coverage plane, A8 (0x80 = opaque) or PWRW (0x1000 = opaque), or null
+ *   aux        depth buffer, one float per pixel, larger = nearer, or null
+ *   tex_a      source bitmap; with BMP_MAP_EXTRA a tint colour, with BMP_MAP_SOLID the fill colour: BMP_INTEGER(colour)
+ *   tex_b      source bitmap when tex_a is null or BMP_MAP_EXTRA is set; with BMP_MAP_SOLID: BMP_INTEGER(level)
+ *   vertices   count corners, in order, convex, concave or self-crossing
+ *   flags      field flags, BMP_MAP_...
+ *   Combinations of formats that have no kernel draw nothing.
+ * caller   dst2 and aux have dst's size; source and destination do not overlap. */
+void BMP_CALL bmp_map_polygon(Bitmap* dst, Bitmap* dst2, Bitmap* aux, const void* tex_a, const void* tex_b,
+                              const BmpVertex* vertices, int32_t count, uint32_t flags);
+
+/* Resamples a rectangle of src onto a rectangle of dest by exact area weights.
+ *   weight_map   16-bit coverage of the destination, read and written; null for RGB8, needed for YUY2 and RGBQ
+ *   dx0..dy1     destination rectangle, pixels and lines; ends exclusive
+ *   src_size     null; otherwise nothing is drawn
+ *   sx0..sy1     source rectangle
+ *   flags        field flags
+ * caller   the rectangles' right and bottom ends lie inside their bitmaps; src has dest's format. */
+void BMP_CALL bmp_map_rect(Bitmap* dest, Bitmap* weight_map, float dx0, float dy0, float dx1, float dy1,
+                           const Bitmap* src, const int32_t* src_size, float sx0, float sy0, float sx1, float sy1,
+                           uint32_t flags);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* ZEPBMP_H */

@@ -1,0 +1,133 @@
+/// \file
+/// 32-byte lanes: AVX2.
+///
+/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for AVX2; everything
+/// here is local to the including file.
+#pragma once
+
+#include <immintrin.h>
+
+#include <cstdint>
+
+namespace zepbmp {
+namespace {
+
+struct Lanes256 {
+    using V = __m256i;
+    static constexpr int kBytes = 32;
+    static constexpr int kDwords = kBytes / 4;
+    static constexpr bool kStreams = true;
+
+    static V load(const void* p) { return _mm256_loadu_si256(static_cast<const V*>(p)); }
+    static V load_aligned(const void* p) { return load(p); }
+    static void store(void* p, V v) { _mm256_storeu_si256(static_cast<V*>(p), v); }
+    static void store_aligned(void* p, V v) { store(p, v); }
+    static void store_streamed(void* p, V v) { _mm256_stream_si256(static_cast<V*>(p), v); }
+    static void end_stream() { _mm_sfence(); }
+
+    static V first_dwords(int n) {
+        alignas(32) static constexpr int32_t kOnesThenZeros[16] = {-1, -1, -1, -1, -1, -1, -1, -1};
+        return load(kOnesThenZeros + kDwords - n);
+    }
+    static V load_dwords(const void* p, int n) {
+        return _mm256_maskload_epi32(static_cast<const int*>(p), first_dwords(n));
+    }
+    static void store_dwords(void* p, V v, int n) { _mm256_maskstore_epi32(static_cast<int*>(p), first_dwords(n), v); }
+
+    static V words(int value) { return _mm256_set1_epi16(static_cast<short>(value)); }
+    static V dwords(uint32_t value) { return _mm256_set1_epi32(static_cast<int>(value)); }
+
+    template <int kShift>
+    static V even_bytes(V v) {
+        return _mm256_maddubs_epi16(v, words(1 << kShift));
+    }
+    template <int kShift>
+    static V odd_bytes(V v) {
+        return _mm256_maddubs_epi16(v, words(0x100 << kShift));
+    }
+    static V interleave_saturated(V even, V odd) {
+        const V order = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+        return _mm256_shuffle_epi8(_mm256_packus_epi16(even, odd), order);
+    }
+
+    static V add(V a, V b) { return _mm256_add_epi16(a, b); }
+    static V sub(V a, V b) { return _mm256_sub_epi16(a, b); }
+    static V bit_and(V a, V b) { return _mm256_and_si256(a, b); }
+    static V mul_high(V a, V b) { return _mm256_mulhi_epi16(a, b); }
+    static V mul_low(V a, V b) { return _mm256_mullo_epi16(a, b); }
+    template <int kShift>
+    static V shift_right(V v) {
+        return _mm256_srli_epi16(v, kShift);
+    }
+    template <int kShift>
+    static V shift_right_signed(V v) {
+        return _mm256_srai_epi16(v, kShift);
+    }
+    static V average_bytes(V a, V b) { return _mm256_avg_epu8(a, b); }
+    static V max_words(V a, V b) { return _mm256_max_epu16(a, b); }
+
+    static V words_twice(const void* p) {
+        const V both = _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p)));
+        const V order = _mm256_setr_epi8(0, 1, 0, 1, 2, 3, 2, 3, 4, 5, 4, 5, 6, 7, 6, 7,  //
+                                         8, 9, 8, 9, 10, 11, 10, 11, 12, 13, 12, 13, 14, 15, 14, 15);
+        return _mm256_shuffle_epi8(both, order);
+    }
+    static V bytes_twice(const void* p) {
+        const V both = _mm256_broadcastsi128_si256(_mm_loadl_epi64(static_cast<const __m128i*>(p)));
+        const V order = _mm256_setr_epi8(0, -1, 0, -1, 1, -1, 1, -1, 2, -1, 2, -1, 3, -1, 3, -1,  //
+                                         4, -1, 4, -1, 5, -1, 5, -1, 6, -1, 6, -1, 7, -1, 7, -1);
+        return _mm256_shuffle_epi8(both, order);
+    }
+    static V bytes_as_words(const void* p) {
+        return _mm256_cvtepu8_epi16(_mm_loadu_si128(static_cast<const __m128i*>(p)));
+    }
+    static V even_words_twice(V w) {
+        return _mm256_shuffle_epi8(w, _mm256_broadcastsi128_si256(
+                                          _mm_setr_epi8(0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13)));
+    }
+    static V pair_sums(V w) {
+        const V swapped = _mm256_shuffle_epi8(
+            w, _mm256_broadcastsi128_si256(_mm_setr_epi8(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13)));
+        return add(w, swapped);
+    }
+
+    static void finish() { _mm256_zeroupper(); }
+};
+
+/// Eight single-precision lanes.
+struct Floats256 {
+    using F = __m256;
+    using I = __m256i;
+    static constexpr int kLanes = 8;
+
+    static F all(float x) { return _mm256_set1_ps(x); }
+    static F counting() { return _mm256_setr_ps(0, 1, 2, 3, 4, 5, 6, 7); }
+    static F add(F a, F b) { return _mm256_add_ps(a, b); }
+    static F sub(F a, F b) { return _mm256_sub_ps(a, b); }
+    static F mul(F a, F b) { return _mm256_mul_ps(a, b); }
+    static F sqrt(F a) { return _mm256_sqrt_ps(a); }
+    static F hold(F a, F low, F high) { return _mm256_min_ps(_mm256_max_ps(a, low), high); }
+    static I truncate(F a) { return _mm256_cvttps_epi32(a); }
+    static F to_float(I a) { return _mm256_cvtepi32_ps(a); }
+    static uint32_t magnitude_above(F a, F limit) {
+        const F magnitude = _mm256_andnot_ps(_mm256_set1_ps(-0.0f), a);
+        return static_cast<uint32_t>(_mm256_movemask_ps(_mm256_cmp_ps(magnitude, limit, _CMP_GT_OQ)));
+    }
+    template <int kShift>
+    static I shift_left(I a) {
+        return _mm256_slli_epi32(a, kShift);
+    }
+    static I look_up(const uint16_t* table, I index) {
+        const I two = _mm256_i32gather_epi32(reinterpret_cast<const int*>(table), index, 2);
+        return _mm256_and_si256(two, _mm256_set1_epi32(0xffff));
+    }
+    static void store_words(uint16_t* p, I a) {
+        const I packed = _mm256_permute4x64_epi64(_mm256_packs_epi32(a, a), 0x08);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(packed));
+    }
+    static void finish() { _mm256_zeroupper(); }
+};
+
+}  // namespace
+}  // namespace zepbmp

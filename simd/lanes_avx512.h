@@ -1,0 +1,119 @@
+/// \file
+/// 64-byte lanes: AVX-512 F, BW, VL and DQ.
+///
+/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for AVX-512; everything
+/// here is local to the including file.
+#pragma once
+
+#include <immintrin.h>
+
+#include <cstdint>
+
+namespace zepbmp {
+namespace {
+
+struct Lanes512 {
+    using V = __m512i;
+    static constexpr int kBytes = 64;
+    static constexpr int kDwords = kBytes / 4;
+    static constexpr bool kStreams = true;
+
+    static V load(const void* p) { return _mm512_loadu_si512(p); }
+    static V load_aligned(const void* p) { return load(p); }
+    static void store(void* p, V v) { _mm512_storeu_si512(p, v); }
+    static void store_aligned(void* p, V v) { store(p, v); }
+    static void store_streamed(void* p, V v) { _mm512_stream_si512(static_cast<V*>(p), v); }
+    static void end_stream() { _mm_sfence(); }
+
+    static __mmask16 first_dwords(int n) { return static_cast<__mmask16>((1u << n) - 1); }
+    static V load_dwords(const void* p, int n) { return _mm512_maskz_loadu_epi32(first_dwords(n), p); }
+    static void store_dwords(void* p, V v, int n) { _mm512_mask_storeu_epi32(p, first_dwords(n), v); }
+
+    static V words(int value) { return _mm512_set1_epi16(static_cast<short>(value)); }
+    static V dwords(uint32_t value) { return _mm512_set1_epi32(static_cast<int>(value)); }
+
+    template <int kShift>
+    static V even_bytes(V v) {
+        return _mm512_maddubs_epi16(v, words(1 << kShift));
+    }
+    template <int kShift>
+    static V odd_bytes(V v) {
+        return _mm512_maddubs_epi16(v, words(0x100 << kShift));
+    }
+    static V interleave_saturated(V even, V odd) {
+        const V order =
+            _mm512_broadcast_i32x4(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+        return _mm512_shuffle_epi8(_mm512_packus_epi16(even, odd), order);
+    }
+
+    static V add(V a, V b) { return _mm512_add_epi16(a, b); }
+    static V sub(V a, V b) { return _mm512_sub_epi16(a, b); }
+    static V bit_and(V a, V b) { return _mm512_and_si512(a, b); }
+    static V mul_high(V a, V b) { return _mm512_mulhi_epi16(a, b); }
+    static V mul_low(V a, V b) { return _mm512_mullo_epi16(a, b); }
+    template <int kShift>
+    static V shift_right(V v) {
+        return _mm512_srli_epi16(v, kShift);
+    }
+    template <int kShift>
+    static V shift_right_signed(V v) {
+        return _mm512_srai_epi16(v, kShift);
+    }
+    static V average_bytes(V a, V b) { return _mm512_avg_epu8(a, b); }
+    static V max_words(V a, V b) { return _mm512_max_epu16(a, b); }
+
+    static V words_twice(const void* p) {
+        alignas(64) static constexpr uint16_t kTwice[32] = {0, 0, 1, 1, 2,  2,  3,  3,  4,  4,  5,  5,  6,  6,  7,  7,
+                                                            8, 8, 9, 9, 10, 10, 11, 11, 12, 12, 13, 13, 14, 14, 15, 15};
+        const __m256i w = _mm256_loadu_si256(static_cast<const __m256i*>(p));
+        return _mm512_permutexvar_epi16(load(kTwice), _mm512_castsi256_si512(w));
+    }
+    static V bytes_twice(const void* p) {
+        const V w = _mm512_cvtepu8_epi32(_mm_loadu_si128(static_cast<const __m128i*>(p)));
+        return even_words_twice(w);
+    }
+    static V bytes_as_words(const void* p) {
+        return _mm512_cvtepu8_epi16(_mm256_loadu_si256(static_cast<const __m256i*>(p)));
+    }
+    static V even_words_twice(V w) {
+        return _mm512_shuffle_epi8(
+            w, _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13)));
+    }
+    static V pair_sums(V w) { return add(w, _mm512_rol_epi32(w, 16)); }
+
+    static void finish() { _mm256_zeroupper(); }
+};
+
+/// Sixteen single-precision lanes.
+struct Floats512 {
+    using F = __m512;
+    using I = __m512i;
+    static constexpr int kLanes = 16;
+
+    static F all(float x) { return _mm512_set1_ps(x); }
+    static F counting() { return _mm512_setr_ps(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
+    static F add(F a, F b) { return _mm512_add_ps(a, b); }
+    static F sub(F a, F b) { return _mm512_sub_ps(a, b); }
+    static F mul(F a, F b) { return _mm512_mul_ps(a, b); }
+    static F sqrt(F a) { return _mm512_sqrt_ps(a); }
+    static F hold(F a, F low, F high) { return _mm512_min_ps(_mm512_max_ps(a, low), high); }
+    static I truncate(F a) { return _mm512_cvttps_epi32(a); }
+    static F to_float(I a) { return _mm512_cvtepi32_ps(a); }
+    static uint32_t magnitude_above(F a, F limit) {
+        return _mm512_cmp_ps_mask(_mm512_abs_ps(a), limit, _CMP_GT_OQ);
+    }
+    template <int kShift>
+    static I shift_left(I a) {
+        return _mm512_slli_epi32(a, kShift);
+    }
+    static I look_up(const uint16_t* table, I index) {
+        return _mm512_and_si512(_mm512_i32gather_epi32(index, table, 2), _mm512_set1_epi32(0xffff));
+    }
+    static void store_words(uint16_t* p, I a) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvtepi32_epi16(a));
+    }
+    static void finish() { _mm256_zeroupper(); }
+};
+
+}  // namespace
+}  // namespace zepbmp
