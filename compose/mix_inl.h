@@ -33,6 +33,9 @@ struct Rest {  ///< n groups, fewer than fill a register, at group x
 
 // ---------------------------------------------------------------- inputs: a running line pointer each
 
+/// How many groups ahead streamed calls prefetch: 1 KB of pixels. The processor's own prefetching stops at every 4 KB page.
+constexpr int kGroupsAhead = 256;
+
 /// Four bytes a group: pixels, and the 16-bit weights of YUY2.
 template <class L>
 struct Groups {
@@ -43,7 +46,9 @@ struct Groups {
     typename L::V read(Whole at) const { return L::load(line + 4 * static_cast<ptrdiff_t>(at.x)); }
     typename L::V read(WholeAligned at) const { return L::load_aligned(line + 4 * static_cast<ptrdiff_t>(at.x)); }
     typename L::V read(Rest at) const { return L::load_dwords(line + 4 * static_cast<ptrdiff_t>(at.x), at.n); }
+    void prefetch(int32_t x) const { L::prefetch(line + 4 * (static_cast<ptrdiff_t>(x) + kGroupsAhead)); }
     void next() { line += step; }
+    bool is_dense(ptrdiff_t groups) const { return step == kBytesPerGroup * groups; }
 };
 
 /// Narrower weights, widened on the way in; a rest is widened from a copy that is as long as a whole.
@@ -62,7 +67,9 @@ struct Weights {
             padded[i] = group(at.x)[i];
         return Widen<L>::words(padded);
     }
+    void prefetch(int32_t x) const { L::prefetch(group(x + kGroupsAhead)); }
     void next() { line += step; }
+    bool is_dense(ptrdiff_t groups) const { return step == kBytesPerGroup * groups; }
 };
 
 template <class L>
@@ -83,39 +90,42 @@ struct TwoBytes {  ///< 8-bit weights of YUY2
 
 // ---------------------------------------------------------------- the loop over lines and groups
 
-template <class L, class Step>
-void write_rest(Step& step, uint8_t* dst, int32_t x, int32_t n) {
-    L::store_dwords(dst + 4 * static_cast<ptrdiff_t>(x), step.at(Rest{x, n}), n);
+uint8_t* group(uint8_t* line, int32_t x) { return line + 4 * static_cast<ptrdiff_t>(x); }
+
+/// Groups x .. end-1 of one line.
+template <class L, class At, class Step>
+void write_cached(const Step& step, uint8_t* dst, int32_t x, int32_t end) {
+    for (; x <= end - L::kDwords; x += L::kDwords) {
+        if constexpr (__is_same(At, WholeAligned))
+            L::store_aligned(group(dst, x), step.at(At{x}));
+        else
+            L::store(group(dst, x), step.at(At{x}));
+    }
+    if (x < end)
+        L::store_dwords(group(dst, x), step.at(Rest{x, end - x}), end - x);
 }
 
 template <class L, class At, class Step>
 void run_cached(Step step, int32_t groups, int32_t lines, uint8_t* dst, ptrdiff_t dst_step) {
-    for (int32_t y = 0; y < lines; ++y, dst += dst_step, step.next()) {
-        int32_t x = 0;
-        for (; x + L::kDwords <= groups; x += L::kDwords) {
-            if constexpr (__is_same(At, WholeAligned))
-                L::store_aligned(dst + 4 * static_cast<ptrdiff_t>(x), step.at(At{x}));
-            else
-                L::store(dst + 4 * static_cast<ptrdiff_t>(x), step.at(At{x}));
-        }
-        if (x < groups)
-            write_rest<L>(step, dst, x, groups - x);
-    }
+    for (int32_t y = 0; y < lines; ++y, dst += dst_step, step.next())
+        write_cached<L, At>(step, dst, 0, groups);
 }
 
-/// Past the caches. Each line first goes group by group to a multiple of the register's size.
+/// Past the caches, whole cache lines only: what lies before the first and behind the last one of a line is stored the other way.
 template <class L, class Step>
 void run_streamed(Step step, int32_t groups, int32_t lines, uint8_t* dst, ptrdiff_t dst_step) {
+    constexpr int32_t kGroupsPerCacheLine = kCacheLineBytes / 4;
     for (int32_t y = 0; y < lines; ++y, dst += dst_step, step.next()) {
-        int32_t x = static_cast<int32_t>((0 - reinterpret_cast<uintptr_t>(dst)) % L::kBytes / 4);
-        if (x > groups)
-            x = groups;
-        if (x)
-            write_rest<L>(step, dst, 0, x);
-        for (; x + L::kDwords <= groups; x += L::kDwords)
-            L::store_streamed(dst + 4 * static_cast<ptrdiff_t>(x), step.at(Whole{x}));
-        if (x < groups)
-            write_rest<L>(step, dst, x, groups - x);
+        const auto head = static_cast<int32_t>((0 - reinterpret_cast<uintptr_t>(dst)) % kCacheLineBytes / 4);
+        const int32_t first = head < groups ? head : groups;
+        const int32_t end = first + (groups - first) / kGroupsPerCacheLine * kGroupsPerCacheLine;
+        write_cached<L, Whole>(step, dst, 0, first);
+        for (int32_t x = first; x < end; x += kGroupsPerCacheLine) {
+            step.prefetch(x);
+            for (int32_t k = 0; k < kGroupsPerCacheLine; k += L::kDwords)
+                L::store_streamed(group(dst, x + k), step.at(Whole{x + k}));
+        }
+        write_cached<L, Whole>(step, dst, end, groups);
     }
     L::end_stream();
 }
@@ -124,6 +134,10 @@ template <class L, class At, class Step>
 void run(const Step& step, int32_t groups, int32_t lines, uint8_t* dst, ptrdiff_t dst_step) {
     if (groups <= 0 || lines <= 0)
         return;
+    if (dst_step == 4 * static_cast<ptrdiff_t>(groups) && step.is_dense(groups) && groups <= INT32_MAX / lines) {
+        groups *= lines;  // nothing between the lines: one long line
+        lines = 1;
+    }
     if constexpr (L::kStreams) {
         const size_t touched = (Step::kBytesPerGroup + size_t{4}) * static_cast<size_t>(groups) * static_cast<size_t>(lines);
         const bool on_groups = ((reinterpret_cast<uintptr_t>(dst) | static_cast<uintptr_t>(dst_step)) & 3) == 0;
@@ -198,7 +212,9 @@ struct MaskStep {
         const auto p = a.read(at), q = b.read(at), w = mask.read(at);
         return L::interleave_saturated(Mix<L>::even(p, q, Layout<L>::even(w)), Mix<L>::odd(p, q, Layout<L>::odd(w)));
     }
+    void prefetch(int32_t x) const { a.prefetch(x), b.prefetch(x), mask.prefetch(x); }
     void next() { a.next(), b.next(), mask.next(); }
+    bool is_dense(ptrdiff_t groups) const { return a.is_dense(groups) && b.is_dense(groups) && mask.is_dense(groups); }
 };
 
 template <class L, class At, class Mask, template <class> class Layout, template <class> class Mix>
@@ -236,7 +252,9 @@ struct LevelStep {
         return L::interleave_saturated(words(L::template even_bytes<6>(p), L::template even_bytes<6>(q)),
                                        words(L::template odd_bytes<6>(p), L::template odd_bytes<6>(q)));
     }
+    void prefetch(int32_t x) const { a.prefetch(x), b.prefetch(x); }
     void next() { a.next(), b.next(); }
+    bool is_dense(ptrdiff_t groups) const { return a.is_dense(groups) && b.is_dense(groups); }
 };
 
 /// Level 2048: the formula above is (2a + 2b + 2) >> 2.
@@ -249,7 +267,9 @@ struct AverageStep {
     typename L::V at(At at) const {
         return L::average_bytes(a.read(at), b.read(at));
     }
+    void prefetch(int32_t x) const { a.prefetch(x), b.prefetch(x); }
     void next() { a.next(), b.next(); }
+    bool is_dense(ptrdiff_t groups) const { return a.is_dense(groups) && b.is_dense(groups); }
 };
 
 /// Levels 0 and 4096: the formula above is (4a + 2) >> 2 of one source.
@@ -262,7 +282,9 @@ struct CopyStep {
     typename L::V at(At at) const {
         return a.read(at);
     }
+    void prefetch(int32_t x) const { a.prefetch(x); }
     void next() { a.next(); }
+    bool is_dense(ptrdiff_t groups) const { return a.is_dense(groups); }
 };
 
 /// The formula of LevelStep for one byte.
@@ -324,7 +346,9 @@ struct RgbqBandStep {
             three_terms<L>(L::template even_bytes<4>(p), w1, L::template even_bytes<4>(q), a, color_even, wc),
             three_terms<L>(L::template odd_bytes<4>(p), w1, L::template odd_bytes<4>(q), a, color_odd, wc));
     }
+    void prefetch(int32_t x) const { src1.prefetch(x), src2.prefetch(x), mask1.prefetch(x), mask2.prefetch(x); }
     void next() { src1.next(), src2.next(), mask1.next(), mask2.next(); }
+    bool is_dense(ptrdiff_t groups) const { return src1.is_dense(groups) && src2.is_dense(groups) && mask1.is_dense(groups) && mask2.is_dense(groups); }
 };
 
 /// Luma: terms of floor(x * w / 2048); chroma: terms of floor(x * W / 4096), W the sums of the pair's weights; then
@@ -346,7 +370,9 @@ struct Yuy2BandStep {
                                      L::template odd_bytes<4>(q), a_sum, chroma, L::sub(b_sum, a_sum));
         return L::interleave_saturated(halve_rounded<L>(even), halve_rounded<L>(odd));
     }
+    void prefetch(int32_t x) const { src1.prefetch(x), src2.prefetch(x), mask1.prefetch(x), mask2.prefetch(x); }
     void next() { src1.next(), src2.next(), mask1.next(), mask2.next(); }
+    bool is_dense(ptrdiff_t groups) const { return src1.is_dense(groups) && src2.is_dense(groups) && mask1.is_dense(groups) && mask2.is_dense(groups); }
 };
 
 /// A YUY2 colour argument (Y bits 16..23, U 8..15, V 0..7) as a pair of pixels.
@@ -411,7 +437,9 @@ struct Yuy2ColorStep {
                              L::mul_high(chroma, L::sub(L::words(2 * kFullWeight), w_sum)));
         return L::interleave_saturated(halve_rounded<L>(even), halve_rounded<L>(odd));
     }
+    void prefetch(int32_t x) const { src.prefetch(x), mask.prefetch(x); }
     void next() { src.next(), mask.next(); }
+    bool is_dense(ptrdiff_t groups) const { return src.is_dense(groups) && mask.is_dense(groups); }
 };
 
 template <class L>

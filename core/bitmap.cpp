@@ -66,9 +66,28 @@ bool lay_out(int32_t width, int32_t height, uint32_t format, Layout& layout) {
     }
 }
 
-uint8_t* first_line(const void* block) {
-    const uintptr_t end_of_slack = reinterpret_cast<uintptr_t>(block) + sizeof(Bitmap) + (kLineAlignment - 1);
-    return reinterpret_cast<uint8_t*>(end_of_slack & ~static_cast<uintptr_t>(kLineAlignment - 1));
+/// From the record to line 0: the first 16-byte boundary at or after its end.
+constexpr size_t kFirstLine = (sizeof(Bitmap) + (kLineAlignment - 1)) & ~size_t{kLineAlignment - 1};
+
+/// The widest registers and the cache lines. A record is placed so that its line 0 begins at a multiple of it; what the
+/// allocator gave is kept in the word before the record.
+constexpr size_t kBestAlignment = 64;
+constexpr size_t kPlacement = sizeof(void*) + kBestAlignment - 1;
+
+void*& allocation_of(void* block) { return static_cast<void**>(block)[-1]; }
+
+void* allocate_block(size_t bytes, bool zero) {
+    if (bytes < kHeaderBytes)  // a size that wrapped
+        bytes = kHeaderBytes;
+    if (bytes > SIZE_MAX - kPlacement)
+        return nullptr;
+    void* const allocation = zero ? std::calloc(1, bytes + kPlacement) : std::malloc(bytes + kPlacement);
+    if (!allocation)
+        return nullptr;
+    const uintptr_t line = (reinterpret_cast<uintptr_t>(allocation) + kPlacement + kFirstLine) & ~(kBestAlignment - 1);
+    void* const block = reinterpret_cast<void*>(line - kFirstLine);
+    allocation_of(block) = allocation;
+    return block;
 }
 
 void describe_format(Bitmap& bitmap) {
@@ -96,17 +115,15 @@ BMP_EXPORT Bitmap* BMP_CALL bmp_create(int32_t width, int32_t height, int32_t fo
     Layout layout;
     if (!lay_out(width, height, static_cast<uint32_t>(format), layout))
         return nullptr;
-    void* const block =
-        (flags & BMP_CREATE_ZERO) ? std::calloc(1, layout.block_bytes) : std::malloc(layout.block_bytes);
+    void* const block = allocate_block(layout.block_bytes, (flags & BMP_CREATE_ZERO) != 0);
     if (!block)
         return nullptr;
     Bitmap* const bitmap = static_cast<Bitmap*>(block);
     bitmap->width = width;
     bitmap->height = height;
     bitmap->pitch = layout.pitch;
-    bitmap->bit_count =
-        static_cast<int32_t>(static_cast<uint32_t>(layout.bytes_per_pixel) * 8);
-    bitmap->pixels = first_line(block);
+    bitmap->bit_count = static_cast<int32_t>(static_cast<uint32_t>(layout.bytes_per_pixel) * 8);
+    bitmap->pixels = static_cast<uint8_t*>(block) + kFirstLine;
     bitmap->dib_info = nullptr;
     bitmap->bytes_per_pixel = layout.bytes_per_pixel;
     bitmap->create_flags = flags & kCreateFlagsKept;
@@ -119,7 +136,7 @@ BMP_EXPORT void BMP_CALL bmp_destroy(Bitmap* bitmap) {
     if (!bitmap)
         return;
     std::free(bitmap->dib_info);
-    std::free(bitmap);
+    std::free(allocation_of(bitmap));
 }
 
 BMP_EXPORT uint8_t* BMP_CALL bmp_pointer(const Bitmap* bitmap, int32_t x, int32_t y) {

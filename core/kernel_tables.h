@@ -90,6 +90,7 @@ extern SpanKernel span_group[kSpanGroups][kSpanFilters];
 /// How a kernel stores: through the caches, or past them. Streaming is for calls that touch more than the caches hold.
 enum StoreKind : int { kStoreCached, kStoreStreamed };
 constexpr int kStoreKinds = 2;
+constexpr int kCacheLineBytes = 64;
 
 /// One line each. `bytes` of 0 touches nothing; no alignment is asked of any address.
 struct LineKernels {
@@ -128,6 +129,15 @@ struct RampLine {
     bool linear;            ///< table[k] is 4 * k
 };
 
+/// A soft edge where it is supersampled, on one line: a pixel gets a quarter, truncated, of the sum over its 2 x 2 samples, each
+/// a quarter or three quarters into it. A sample at squared distance d2 counts 4096 where d2 <= inner_radius_squared, else 0 where
+/// d2 > radius_squared, else the ramp's weight there.
+struct SoftEdgeLine {
+    RampLine ramp;
+    double radius_squared, inner_radius_squared;
+    double dy_squared[2];  ///< of the two rows of samples
+};
+
 struct ShapeKernels {
     /// weights[i] += v, modulo 2^16
     void (*add_run)(uint16_t* weights, int32_t count, int32_t v);
@@ -135,6 +145,7 @@ struct ShapeKernels {
     void (*max_run)(uint16_t* weights, int32_t count, int32_t v);
     /// weights[x] for x = first .. end-1 of the line that starts at `weights`
     void (*ramp)(uint16_t* weights, int32_t first, int32_t end, const RampLine& line);
+    void (*soft_edge)(uint16_t* weights, int32_t first, int32_t end, const SoftEdgeLine& line);
 };
 extern ShapeKernels shape_kernels;
 

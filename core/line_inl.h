@@ -3,8 +3,8 @@
 /// here is local to the including file.
 ///
 /// A line's first register goes to any address, the following ones to multiples of the register's size; the last one ends
-/// with the line and may overlap the one before. Where stores are streamed the ends are written byte by byte instead, so that
-/// no cache line is stored both ways.
+/// with the line and may overlap the one before. Streamed stores are for whole cache lines only: what lies before the first and
+/// behind the last one is written byte by byte.
 #pragma once
 
 #include <cstddef>
@@ -15,18 +15,22 @@
 namespace zepbmp {
 namespace {
 
+/// What stores go to in order: registers, or, streamed, cache lines.
 template <class L, StoreKind kStore>
-void store_line(uint8_t* aligned, typename L::V v) {
-    if constexpr (kStore == kStoreStreamed)
-        L::store_streamed(aligned, v);
-    else
-        L::store(aligned, v);
+constexpr size_t kUnit = kStore == kStoreStreamed ? kCacheLineBytes : L::kBytes;
+
+/// Bytes from p to the next multiple of the unit.
+template <class L, StoreKind kStore>
+size_t bytes_to_unit(const void* p) {
+    return (0 - reinterpret_cast<uintptr_t>(p)) % kUnit<L, kStore>;
 }
 
-/// Bytes from p to the next multiple of the register's size.
-template <class L>
-size_t bytes_to_boundary(const void* p) {
-    return (0 - reinterpret_cast<uintptr_t>(p)) % L::kBytes;
+template <class L, StoreKind kStore>
+void store(uint8_t* dst, typename L::V v) {
+    if constexpr (kStore == kStoreStreamed)
+        L::store_streamed(dst, v);
+    else
+        L::store(dst, v);
 }
 
 void fill_bytes(uint8_t* dst, size_t bytes, uint32_t value) {
@@ -38,22 +42,25 @@ void fill_bytes(uint8_t* dst, size_t bytes, uint32_t value) {
 
 template <class L, StoreKind kStore>
 void fill(uint8_t* dst, size_t bytes, uint32_t value) {
-    if (bytes < L::kBytes) {
+    constexpr size_t unit = kUnit<L, kStore>;
+    if (bytes < unit) {
         fill_bytes(dst, bytes, value);
     } else {
         const auto v = L::dwords(value);
-        const size_t head = bytes_to_boundary<L>(dst);
+        const size_t head = bytes_to_unit<L, kStore>(dst);
         if constexpr (kStore == kStoreStreamed)
             fill_bytes(dst, head, value);
         else
             L::store(dst, v);
         size_t i = head;
-        for (; i + 4 * L::kBytes <= bytes; i += 4 * L::kBytes) {
-            for (int k = 0; k < 4; ++k)
-                store_line<L, kStore>(dst + i + k * L::kBytes, v);
+        for (; i + 4 * unit <= bytes; i += 4 * unit) {
+            for (size_t k = 0; k < 4 * unit; k += L::kBytes)
+                store<L, kStore>(dst + i + k, v);
         }
-        for (; i + L::kBytes <= bytes; i += L::kBytes)
-            store_line<L, kStore>(dst + i, v);
+        for (; i + unit <= bytes; i += unit) {
+            for (size_t k = 0; k < unit; k += L::kBytes)
+                store<L, kStore>(dst + i + k, v);
+        }
         if constexpr (kStore == kStoreStreamed)
             fill_bytes(dst + i, bytes - i, value);
         else
@@ -62,35 +69,40 @@ void fill(uint8_t* dst, size_t bytes, uint32_t value) {
     L::finish();
 }
 
+/// All loads come before all stores.
+template <class L, StoreKind kStore, size_t kBlock>
+void copy_block(uint8_t* dst, const uint8_t* src) {
+    typename L::V v[kBlock / L::kBytes];
+    for (size_t k = 0; k < kBlock; k += L::kBytes)
+        v[k / L::kBytes] = L::load(src + k);
+    for (size_t k = 0; k < kBlock; k += L::kBytes)
+        store<L, kStore>(dst + k, v[k / L::kBytes]);
+}
+
 template <class L, StoreKind kStore>
 void copy(uint8_t* dst, const uint8_t* src, size_t bytes) {
+    constexpr size_t unit = kUnit<L, kStore>;
     if (dst == src)
         return;
-    if (bytes < L::kBytes) {
+    if (bytes < unit) {
         __builtin_memcpy(dst, src, bytes);
         return;
     }
-    const auto last = L::load(src + bytes - L::kBytes);
-    const size_t head = bytes_to_boundary<L>(dst);
+    const size_t head = bytes_to_unit<L, kStore>(dst);
     if constexpr (kStore == kStoreStreamed)
         __builtin_memcpy(dst, src, head);
     else
         L::store(dst, L::load(src));
     size_t i = head;
-    for (; i + 4 * L::kBytes <= bytes; i += 4 * L::kBytes) {
-        const auto a = L::load(src + i), b = L::load(src + i + L::kBytes), c = L::load(src + i + 2 * L::kBytes),
-                   d = L::load(src + i + 3 * L::kBytes);
-        store_line<L, kStore>(dst + i, a);
-        store_line<L, kStore>(dst + i + L::kBytes, b);
-        store_line<L, kStore>(dst + i + 2 * L::kBytes, c);
-        store_line<L, kStore>(dst + i + 3 * L::kBytes, d);
-    }
-    for (; i + L::kBytes <= bytes; i += L::kBytes)
-        store_line<L, kStore>(dst + i, L::load(src + i));
+    constexpr size_t block = 4 * L::kBytes > 2 * kCacheLineBytes ? 4 * L::kBytes : 2 * kCacheLineBytes;
+    for (; i + block <= bytes; i += block)
+        copy_block<L, kStore, block>(dst + i, src + i);
+    for (; i + unit <= bytes; i += unit)
+        copy_block<L, kStore, unit>(dst + i, src + i);
     if constexpr (kStore == kStoreStreamed)
         __builtin_memcpy(dst + i, src + i, bytes - i);
     else
-        L::store(dst + bytes - L::kBytes, last);
+        L::store(dst + bytes - L::kBytes, L::load(src + bytes - L::kBytes));
     L::finish();
 }
 
@@ -108,20 +120,21 @@ void interpolate_registers(uint8_t* between, uint8_t* copied, const uint8_t* abo
                            size_t end) {
     for (size_t i = first; i < end; i += L::kBytes) {
         const auto b = L::load(below + i);
-        store_line<L, kStore>(between + i, L::average_bytes(L::load(above + i), b));
+        store<L, kStore>(between + i, L::average_bytes(L::load(above + i), b));
         if constexpr (kCopies)
-            store_line<L, kStore>(copied + i, b);
+            store<L, kStore>(copied + i, b);
     }
 }
 
 template <class L, StoreKind kStore>
 void interpolate(uint8_t* between, uint8_t* copied, const uint8_t* above, const uint8_t* below, size_t bytes) {
     const bool copies = copied != below;
-    const size_t head = bytes_to_boundary<L>(between);
-    if (kStore == kStoreStreamed && copies && bytes_to_boundary<L>(copied) != head)
+    constexpr size_t unit = kUnit<L, kStore>;
+    const size_t head = bytes_to_unit<L, kStore>(between);
+    if (kStore == kStoreStreamed && copies && bytes_to_unit<L, kStore>(copied) != head)
         return interpolate<L, kStoreCached>(between, copied, above, below, bytes);
     const size_t first = head < bytes ? head : bytes;
-    const size_t end = first + (bytes - first) / L::kBytes * L::kBytes;
+    const size_t end = first + (bytes - first) / unit * unit;
     interpolate_bytes(between, copied, above, below, 0, first);
     if (copies)
         interpolate_registers<L, kStore, true>(between, copied, above, below, first, end);

@@ -7,7 +7,7 @@
 #include "core/export.h"
 #include "core/float_scope.h"
 #include "core/kernel_tables.h"
-#include "shapes/circle_samples.h"
+#include "shapes/hard_edge.h"
 #include "shapes/ramp.h"
 
 namespace zepbmp {
@@ -143,11 +143,11 @@ void draw_hard(const Target& target, double cx, double radius, const Lines& line
         if (outer.misses(edge.nearer))
             return;
         const Span touched = outer.touched(edge.nearer), covered = outer.covered(edge.farther);
-        const HardSamples samples(cx, radius, lines.from_centre(y), lines.aspect());
+        const HardEdgeLine hard(cx, radius, lines.from_centre(y), lines.aspect());
         writer.fill(touched.begin, 0);
-        writer.run(covered.begin, sample_hard_edge, samples);
+        writer.run(covered.begin, hard_edge, hard);
         writer.fill(covered.end, kWeightFull);
-        writer.run(touched.end, sample_hard_edge, samples);
+        writer.run(touched.end, hard_edge, hard);
     });
 }
 
@@ -162,21 +162,26 @@ void draw_soft(const Target& target, double cx, double radius, double feather, c
             return;
         const Span touched = outer.touched(edge.nearer), covered = outer.covered(edge.farther);
         const Span inner_touched = inner.touched(edge.nearer), inner_covered = inner.covered(edge.farther);
+        const double top = lines.from_centre(y);
         const RampLine soft = {.cx = cx,
-                               .dy = lines.from_centre(y) + 0.5 * lines.aspect(),
+                               .dy = top + 0.5 * lines.aspect(),
                                .radius = radius,
                                .scale = scale,
                                .table = ramp.weight,
                                .linear = &ramp == &kLinearRamp};
-        const SoftSamples samples(soft, inner_radius, lines.from_centre(y), lines.aspect());
+        const double dy_upper = top + lines.aspect() * 0.25, dy_lower = top + lines.aspect() * 0.75;
+        const SoftEdgeLine sampled = {.ramp = soft,
+                                      .radius_squared = radius * radius,
+                                      .inner_radius_squared = inner_radius * inner_radius,
+                                      .dy_squared = {dy_upper * dy_upper, dy_lower * dy_lower}};
         writer.fill(touched.begin, 0);
-        writer.run(covered.begin, sample_soft_edge, samples);
+        writer.run(covered.begin, shape_kernels.soft_edge, sampled);
         writer.run(inner_touched.begin, shape_kernels.ramp, soft);
-        writer.run(inner_covered.begin, sample_soft_edge, samples);
+        writer.run(inner_covered.begin, shape_kernels.soft_edge, sampled);
         writer.fill(inner_covered.end, kWeightFull);
-        writer.run(inner_touched.end, sample_soft_edge, samples);
+        writer.run(inner_touched.end, shape_kernels.soft_edge, sampled);
         writer.run(covered.end, shape_kernels.ramp, soft);
-        writer.run(touched.end, sample_soft_edge, samples);
+        writer.run(touched.end, shape_kernels.soft_edge, sampled);
     });
 }
 

@@ -2,6 +2,7 @@
 /// The plain kernels of the shapes.
 #include <cmath>
 
+#include "core/bitmap.h"
 #include "shapes/ramp.h"
 #include "shapes/shape_kernels.h"
 
@@ -28,10 +29,29 @@ void ramp_plain(uint16_t* weights, int32_t first, int32_t end, const RampLine& l
     }
 }
 
+void soft_edge_plain(uint16_t* weights, int32_t first, int32_t end, const SoftEdgeLine& line) {
+    const RampLine& ramp = line.ramp;
+    for (int32_t x = first; x < end; ++x) {
+        int sum = 0;
+        for (int j = 0; j < 2; ++j) {
+            const double dx = x - ramp.cx + 0.25 + 0.5 * j;
+            for (const double dy_squared : line.dy_squared) {
+                const double distance_squared = dx * dx + dy_squared;
+                if (distance_squared <= line.inner_radius_squared)
+                    sum += kWeightFull;
+                else if (distance_squared <= line.radius_squared)
+                    sum += ramp.table[ramp_step(std::sqrt(distance_squared), ramp.radius, ramp.scale)];
+            }
+        }
+        weights[x] = static_cast<uint16_t>(sum / 4);
+    }
+}
+
 const ShapeKernels kShapesPlain = {
     .add_run = add_run,
     .max_run = max_run,
     .ramp = ramp_plain,
+    .soft_edge = soft_edge_plain,
 };
 
 }  // namespace zepbmp

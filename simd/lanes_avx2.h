@@ -24,6 +24,7 @@ struct Lanes256 {
     static void store_aligned(void* p, V v) { store(p, v); }
     static void store_streamed(void* p, V v) { _mm256_stream_si256(static_cast<V*>(p), v); }
     static void end_stream() { _mm_sfence(); }
+    static void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
 
     static V first_dwords(int n) {
         alignas(32) static constexpr int32_t kOnesThenZeros[16] = {-1, -1, -1, -1, -1, -1, -1, -1};
@@ -103,10 +104,12 @@ struct Floats256 {
 
     static F all(float x) { return _mm256_set1_ps(x); }
     static F counting() { return _mm256_setr_ps(0, 1, 2, 3, 4, 5, 6, 7); }
+    static F half_pixels() { return _mm256_setr_ps(0, 0, 0.5f, 0.5f, 1, 1, 1.5f, 1.5f); }
+    static F alternating(float a, float b) { return _mm256_setr_ps(a, b, a, b, a, b, a, b); }
     static F add(F a, F b) { return _mm256_add_ps(a, b); }
     static F sub(F a, F b) { return _mm256_sub_ps(a, b); }
     static F mul(F a, F b) { return _mm256_mul_ps(a, b); }
-    static F sqrt(F a) { return _mm256_sqrt_ps(a); }
+    static F root(F a) { return _mm256_sqrt_ps(a); }
     static F hold(F a, F low, F high) { return _mm256_min_ps(_mm256_max_ps(a, low), high); }
     static I truncate(F a) { return _mm256_cvttps_epi32(a); }
     static F to_float(I a) { return _mm256_cvtepi32_ps(a); }
@@ -126,6 +129,13 @@ struct Floats256 {
         const I packed = _mm256_permute4x64_epi64(_mm256_packs_epi32(a, a), 0x08);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(packed));
     }
+    static void store_first_words(uint16_t* p, I a, int n) {
+        uint16_t words[kLanes];
+        store_words(words, a);
+        for (int i = 0; i < n; ++i)
+            p[i] = words[i];
+    }
+    static void store(int32_t* p, I a) { _mm256_storeu_si256(reinterpret_cast<I*>(p), a); }
     static void finish() { _mm256_zeroupper(); }
 };
 

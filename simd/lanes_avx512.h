@@ -24,6 +24,7 @@ struct Lanes512 {
     static void store_aligned(void* p, V v) { store(p, v); }
     static void store_streamed(void* p, V v) { _mm512_stream_si512(static_cast<V*>(p), v); }
     static void end_stream() { _mm_sfence(); }
+    static void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
 
     static __mmask16 first_dwords(int n) { return static_cast<__mmask16>((1u << n) - 1); }
     static V load_dwords(const void* p, int n) { return _mm512_maskz_loadu_epi32(first_dwords(n), p); }
@@ -92,10 +93,16 @@ struct Floats512 {
 
     static F all(float x) { return _mm512_set1_ps(x); }
     static F counting() { return _mm512_setr_ps(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
+    static F half_pixels() { return _mm512_setr_ps(0, 0, 0.5f, 0.5f, 1, 1, 1.5f, 1.5f, 2, 2, 2.5f, 2.5f, 3, 3, 3.5f, 3.5f); }
+    static F alternating(float a, float b) { return _mm512_setr_ps(a, b, a, b, a, b, a, b, a, b, a, b, a, b, a, b); }
     static F add(F a, F b) { return _mm512_add_ps(a, b); }
     static F sub(F a, F b) { return _mm512_sub_ps(a, b); }
     static F mul(F a, F b) { return _mm512_mul_ps(a, b); }
-    static F sqrt(F a) { return _mm512_sqrt_ps(a); }
+    static F root(F a) {  // an estimate of 14 bits and one Newton step, several times as fast as the square root
+        const F x = _mm512_max_ps(a, all(1e-30f));
+        const F y = _mm512_rsqrt14_ps(x), root = mul(x, y);
+        return mul(root, sub(all(1.5f), mul(mul(all(0.5f), root), y)));
+    }
     static F hold(F a, F low, F high) { return _mm512_min_ps(_mm512_max_ps(a, low), high); }
     static I truncate(F a) { return _mm512_cvttps_epi32(a); }
     static F to_float(I a) { return _mm512_cvtepi32_ps(a); }
@@ -112,6 +119,10 @@ struct Floats512 {
     static void store_words(uint16_t* p, I a) {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvtepi32_epi16(a));
     }
+    static void store_first_words(uint16_t* p, I a, int n) {
+        _mm512_mask_cvtepi32_storeu_epi16(p, static_cast<__mmask16>((1u << n) - 1), a);
+    }
+    static void store(int32_t* p, I a) { _mm512_storeu_si512(p, a); }
     static void finish() { _mm256_zeroupper(); }
 };
 

@@ -24,6 +24,7 @@ struct Lanes128 {
     static void store_aligned(void* p, V v) { _mm_store_si128(static_cast<V*>(p), v); }
     static void store_streamed(void* p, V v) { _mm_stream_si128(static_cast<V*>(p), v); }
     static void end_stream() { _mm_sfence(); }
+    static void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
 
     static V load_dword(const void* p) {
         int32_t word;
@@ -107,10 +108,12 @@ struct Floats128 {
 
     static F all(float x) { return _mm_set1_ps(x); }
     static F counting() { return _mm_setr_ps(0, 1, 2, 3); }
+    static F half_pixels() { return _mm_setr_ps(0, 0, 0.5f, 0.5f); }
+    static F alternating(float a, float b) { return _mm_setr_ps(a, b, a, b); }
     static F add(F a, F b) { return _mm_add_ps(a, b); }
     static F sub(F a, F b) { return _mm_sub_ps(a, b); }
     static F mul(F a, F b) { return _mm_mul_ps(a, b); }
-    static F sqrt(F a) { return _mm_sqrt_ps(a); }
+    static F root(F a) { return _mm_sqrt_ps(a); }
     static F hold(F a, F low, F high) { return _mm_min_ps(_mm_max_ps(a, low), high); }
     static I truncate(F a) { return _mm_cvttps_epi32(a); }
     static F to_float(I a) { return _mm_cvtepi32_ps(a); }
@@ -128,6 +131,13 @@ struct Floats128 {
         return _mm_setr_epi32(table[i[0]], table[i[1]], table[i[2]], table[i[3]]);
     }
     static void store_words(uint16_t* p, I a) { _mm_storel_epi64(reinterpret_cast<I*>(p), _mm_packs_epi32(a, a)); }
+    static void store_first_words(uint16_t* p, I a, int n) {
+        uint16_t words[kLanes];
+        store_words(words, a);
+        for (int i = 0; i < n; ++i)
+            p[i] = words[i];
+    }
+    static void store(int32_t* p, I a) { _mm_storeu_si128(reinterpret_cast<I*>(p), a); }
     static void finish() {}
 };
 
