@@ -14,63 +14,58 @@ constexpr const ComposeSlots* kSets[kKernelSets] = {
     &kComposePlain, &kComposeMmx, &kComposeMmxExt, &kComposeSse2, &kComposeAvx2,
 #if defined(ZEPBMP_HAVE_AVX512)
     &kComposeAvx512,
-#else
-    &kComposeAvx2,  // never picked: usable_register_bytes() stops at 32
 #endif
 };
 
 template <class Kernel>
 struct Row {
     Kernel* ComposeSlots::*slot;
-    KernelSet level[kCpuLevels];  ///< by cpu level
-    KernelSet width[3];           ///< at level 4, with registers of 16, 32 and 64 bytes: the same bytes as level[4]
+    KernelSet column[kKernelColumns];
 };
 
 using S = ComposeSlots;
 
 // In a row of an "aligned" slot, mmx and mmxext name the kernels of its unaligned twin: only sse2 has kernels of its own there.
 //
-//   slot                  level 0  level 1  level 2  level 3  level 4     16 bytes 32      64
+// clang-format off
+//                           by level                                   at level 4, registers of
+//   slot                    0       1       2       3       4          16 bytes 32      64
 constexpr Row<ComposeMixKernel> kMixRows[] = {
-    {&S::rgbq_w16,         {plain,  mmx,     mmx,     mmx,     mmx},      {sse2,    avx2,   avx512}},
-    {&S::rgbq_a8,          {plain,  mmx,     mmx,     mmx,     mmx},      {sse2,    avx2,   avx512}},
-    {&S::yuy2_w16,         {plain,  mmx,     mmxext,  mmxext,  mmxext},   {sse2,    avx2,   avx512}},
-    {&S::yuy2_w16_aligned, {plain,  mmx,     mmxext,  mmxext,  sse2},     {sse2,    avx2,   avx512}},
-    {&S::yuy2_a8,          {plain,  mmx,     mmxext,  mmxext,  mmxext},   {sse2,    avx2,   avx512}},
-    {&S::yuy2_a8_aligned,  {plain,  mmx,     mmxext,  mmxext,  sse2},     {sse2,    avx2,   avx512}},
+    {&S::rgbq_w16,         {plain,  mmx,    mmx,    mmx,    mmx,       sse2,    avx2,   avx512}},
+    {&S::rgbq_a8,          {plain,  mmx,    mmx,    mmx,    mmx,       sse2,    avx2,   avx512}},
+    {&S::yuy2_w16,         {plain,  mmx,    mmxext, mmxext, mmxext,    sse2,    avx2,   avx512}},
+    {&S::yuy2_w16_aligned, {plain,  mmx,    mmxext, mmxext, sse2,      sse2,    avx2,   avx512}},
+    {&S::yuy2_a8,          {plain,  mmx,    mmxext, mmxext, mmxext,    sse2,    avx2,   avx512}},
+    {&S::yuy2_a8_aligned,  {plain,  mmx,    mmxext, mmxext, sse2,      sse2,    avx2,   avx512}},
 };
 constexpr Row<ComposeLevelKernel> kLevelRows[] = {
-    {&S::level,            {plain,  mmx,     mmx,     mmx,     mmx},      {sse2,    avx2,   avx512}},
-    {&S::level_aligned,    {plain,  mmx,     mmx,     mmx,     sse2},     {sse2,    avx2,   avx512}},
+    {&S::level,            {plain,  mmx,    mmx,    mmx,    mmx,       sse2,    avx2,   avx512}},
+    {&S::level_aligned,    {plain,  mmx,    mmx,    mmx,    sse2,      sse2,    avx2,   avx512}},
 };
 constexpr Row<ComposeBandKernel> kBandRows[] = {
-    {&S::color_rgbq_band,  {plain,  mmx,     mmx,     mmx,     mmx},      {sse2,    avx2,   avx512}},
-    {&S::color_yuy2_band,  {plain,  mmx,     mmx,     mmx,     mmx},      {sse2,    avx2,   avx512}},
+    {&S::color_rgbq_band,  {plain,  mmx,    mmx,    mmx,    mmx,       sse2,    avx2,   avx512}},
+    {&S::color_yuy2_band,  {plain,  mmx,    mmx,    mmx,    mmx,       sse2,    avx2,   avx512}},
 };
 constexpr Row<ComposeColorKernel> kColorRows[] = {
-    {&S::color_rgbq,       {plain,  plain,   plain,   plain,   plain},    {plain,   plain,  plain}},
-    {&S::color_yuy2,       {plain,  mmx,     mmx,     mmx,     mmx},      {sse2,    avx2,   avx512}},
+    {&S::color_rgbq,       {plain,  plain,  plain,  plain,  plain,     plain,   plain,  plain}},
+    {&S::color_yuy2,       {plain,  mmx,    mmx,    mmx,    mmx,       sse2,    avx2,   avx512}},
 };
+// clang-format on
 
 template <class Kernel, size_t kRows>
-void fill(const Row<Kernel> (&rows)[kRows], int level, int register_bytes) {
-    for (const Row<Kernel>& row : rows) {
-        KernelSet set = row.level[level];
-        if (level == kLevelSse2 && register_bytes >= 16)
-            set = row.width[register_bytes >= 64 ? 2 : register_bytes >= 32 ? 1 : 0];
-        compose_slot.*row.slot = kSets[set]->*row.slot;
-    }
+void fill(const Row<Kernel> (&rows)[kRows], int column) {
+    for (const Row<Kernel>& row : rows)
+        compose_slot.*row.slot = kSets[row.column[column]]->*row.slot;
 }
 
 }  // namespace
 
 void fill_compose_slots(int level, int register_bytes) {
-    if (register_bytes > usable_register_bytes())
-        register_bytes = usable_register_bytes();
-    fill(kMixRows, level, register_bytes);
-    fill(kLevelRows, level, register_bytes);
-    fill(kBandRows, level, register_bytes);
-    fill(kColorRows, level, register_bytes);
+    const int column = kernel_column(level, register_bytes);
+    fill(kMixRows, column);
+    fill(kLevelRows, column);
+    fill(kBandRows, column);
+    fill(kColorRows, column);
 }
 
 }  // namespace zepbmp

@@ -22,6 +22,14 @@ int measured_register_bytes = 8;
 
 int usable_register_bytes() { return measured_register_bytes; }
 
+int kernel_column(int level, int register_bytes) {
+    if (register_bytes > measured_register_bytes)
+        register_bytes = measured_register_bytes;
+    if (level != kLevelSse2 || register_bytes < 16)
+        return level;
+    return kCpuLevels + (register_bytes >= 64 ? 2 : register_bytes >= 32 ? 1 : 0);
+}
+
 void fill_kernel_tables(int level, int register_bytes) {
     fill_compose_slots(level, register_bytes);
     fill_span_groups(level);

@@ -31,6 +31,11 @@ void attach_process();
 /// The widest registers, in bytes, for which this build has kernels and this machine support. Measured once.
 int usable_register_bytes();
 
+/// The columns of a selection table: one for each level, then, for level 4 with registers of 16, 32 and 64 bytes, three whose
+/// kernels write the same bytes as the column of level 4.
+constexpr int kKernelColumns = kCpuLevels + 3;
+int kernel_column(int level, int register_bytes);
+
 // ---------------------------------------------------------------- composition
 
 /// Every kernel processes `lines` lines of `count` pixels (level kernels: bytes). Pointers are those of the first pixel; after

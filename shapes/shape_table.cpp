@@ -7,18 +7,18 @@ namespace zepbmp {
 ShapeKernels shape_kernels = kShapesPlain;
 
 void fill_shape_kernels(int level, int register_bytes) {
-    //                                                          level 0        level 1        level 2        level 3        level 4
-    static constexpr const ShapeKernels* kLevel[kCpuLevels] = {&kShapesPlain, &kShapesPlain, &kShapesPlain, &kShapesPlain, &kShapesSse2};
-    if (register_bytes > usable_register_bytes())
-        register_bytes = usable_register_bytes();
-    const ShapeKernels* set = kLevel[level];
-    if (level == kLevelSse2 && register_bytes >= 32)
-        set = &kShapesAvx2;
+    // clang-format off
+    static constexpr const ShapeKernels* kColumns[kKernelColumns] = {
+        // by level: 0 to 4
+        &kShapesPlain, &kShapesPlain, &kShapesPlain, &kShapesPlain, &kShapesSse2,
+        // at level 4, registers of 16, 32 and 64 bytes
+        &kShapesSse2, &kShapesAvx2,
 #if defined(ZEPBMP_HAVE_AVX512)
-    if (level == kLevelSse2 && register_bytes >= 64)
-        set = &kShapesAvx512;
+        &kShapesAvx512,
 #endif
-    shape_kernels = *set;
+    };
+    // clang-format on
+    shape_kernels = *kColumns[kernel_column(level, register_bytes)];
 }
 
 }  // namespace zepbmp
