@@ -85,9 +85,8 @@ BMP_EXPORT int32_t BMP_CALL bmp_compose(Bitmap* dest, const Bitmap* src1, const 
     return 0;
 }
 
-BMP_EXPORT int32_t BMP_CALL bmp_compose_color(Bitmap* dest, const Bitmap* src1, const Bitmap* src2,
-                                              const Bitmap* mask1, const Bitmap* mask2, uint32_t color,
-                                              uint32_t flags) {
+BMP_EXPORT int32_t BMP_CALL bmp_compose_color(Bitmap* dest, const Bitmap* src1, const Bitmap* src2, const Bitmap* mask1,
+                                              const Bitmap* mask2, uint32_t color, uint32_t flags) {
     if (!can_compose(*dest))
         return 0;
     const bool rgbq = dest->format == BMP_FMT_RGBQ;
@@ -98,8 +97,8 @@ BMP_EXPORT int32_t BMP_CALL bmp_compose_color(Bitmap* dest, const Bitmap* src1, 
     if (mask2) {
         const Plane b(*src2, lines, bytes), m2(*mask2, lines, mask_bytes);
         ComposeBandKernel* const kernel = rgbq ? compose_slot.color_rgbq_band : compose_slot.color_yuy2_band;
-        kernel(count, line_count, d.first, d.skip, a.first, a.skip, b.first, b.skip, m1.weights(), m1.skip, m2.weights(),
-               m2.skip, color);
+        kernel(count, line_count, d.first, d.skip, a.first, a.skip, b.first, b.skip, m1.weights(), m1.skip,
+               m2.weights(), m2.skip, color);
     } else {
         ComposeColorKernel* const kernel = rgbq ? compose_slot.color_rgbq : compose_slot.color_yuy2;
         kernel(count, line_count, d.first, d.skip, a.first, a.skip, m1.weights(), m1.skip, color);

@@ -11,7 +11,7 @@ namespace {
 enum KernelSet : uint8_t { plain, mmx, mmxext, sse2, avx2, avx512, kKernelSets };
 
 constexpr const ComposeSlots* kSets[kKernelSets] = {
-    &kComposePlain, &kComposeMmx, &kComposeMmxExt, &kComposeSse2, &kComposeAvx2,
+    &kComposePlain,  &kComposeMmx, &kComposeMmxExt, &kComposeSse2, &kComposeAvx2,
 #if defined(ZEPBMP_HAVE_AVX512)
     &kComposeAvx512,
 #endif
@@ -25,7 +25,8 @@ struct Row {
 
 using S = ComposeSlots;
 
-// In a row of an "aligned" slot, mmx and mmxext name the kernels of its unaligned twin: only sse2 has kernels of its own there.
+// In a row of an "aligned" slot, mmx and mmxext name the kernels of its unaligned twin: only sse2 has kernels of its
+// own there.
 //
 // clang-format off
 //                           by level                                   at level 4, registers of

@@ -2,12 +2,12 @@
 /// The vector kernels of composition, written once over a lane type (simd/lanes.md) and included by one file per
 /// instruction set. Everything here is local to the including file.
 ///
-/// Their arithmetic differs from the plain kernels' by design: each product is cut on its own, in 16-bit words, sums are
-/// held to 0..255, and all four bytes of an RGBQ pixel are mixed. docs/rounding.md has the formulas side by side. A weight is a
-/// signed 16-bit number; complements and pair sums wrap at 16 bits.
+/// Their arithmetic differs from the plain kernels' by design: each product is cut on its own, in 16-bit words, sums
+/// are held to 0..255, and all four bytes of an RGBQ pixel are mixed. docs/rounding.md has the formulas side by side.
+/// A weight is a signed 16-bit number; complements and pair sums wrap at 16 bits.
 ///
-/// Memory is touched in groups of four bytes, an RGBQ pixel or a YUY2 pair: what does not fill a register at a line's end is
-/// loaded and stored group by group, so nothing past the line is read or written.
+/// Memory is touched in groups of four bytes, an RGBQ pixel or a YUY2 pair: what does not fill a register at a line's
+/// end is loaded and stored group by group, so nothing past the line is read or written.
 #pragma once
 
 #include <cstddef>
@@ -33,7 +33,8 @@ struct Rest {  ///< n groups, fewer than fill a register, at group x
 
 // ---------------------------------------------------------------- inputs: a running line pointer each
 
-/// How many groups ahead streamed calls prefetch: 1 KB of pixels. The processor's own prefetching stops at every 4 KB page.
+/// How many groups ahead streamed calls prefetch: 1 KB of pixels. The processor's own prefetching stops at every 4 KB
+/// page.
 constexpr int kGroupsAhead = 256;
 
 /// Four bytes a group: pixels, and the 16-bit weights of YUY2.
@@ -111,7 +112,8 @@ void run_cached(Step step, int32_t groups, int32_t lines, uint8_t* dst, ptrdiff_
         write_cached<L, At>(step, dst, 0, groups);
 }
 
-/// Past the caches, whole cache lines only: what lies before the first and behind the last one of a line is stored the other way.
+/// Past the caches, whole cache lines only: what lies before the first and behind the last one of a line is stored
+/// the other way.
 template <class L, class Step>
 void run_streamed(Step step, int32_t groups, int32_t lines, uint8_t* dst, ptrdiff_t dst_step) {
     constexpr int32_t kGroupsPerCacheLine = kCacheLineBytes / 4;
@@ -139,7 +141,8 @@ void run(const Step& step, int32_t groups, int32_t lines, uint8_t* dst, ptrdiff_
         lines = 1;
     }
     if constexpr (L::kStreams) {
-        const size_t touched = (Step::kBytesPerGroup + size_t{4}) * static_cast<size_t>(groups) * static_cast<size_t>(lines);
+        const size_t touched =
+            (Step::kBytesPerGroup + size_t{4}) * static_cast<size_t>(groups) * static_cast<size_t>(lines);
         const bool on_groups = ((reinterpret_cast<uintptr_t>(dst) | static_cast<uintptr_t>(dst_step)) & 3) == 0;
         if (touched > stream_threshold_bytes && on_groups)
             return run_streamed<L>(step, groups, lines, dst, dst_step);
@@ -348,7 +351,9 @@ struct RgbqBandStep {
     }
     void prefetch(int32_t x) const { src1.prefetch(x), src2.prefetch(x), mask1.prefetch(x), mask2.prefetch(x); }
     void next() { src1.next(), src2.next(), mask1.next(), mask2.next(); }
-    bool is_dense(ptrdiff_t groups) const { return src1.is_dense(groups) && src2.is_dense(groups) && mask1.is_dense(groups) && mask2.is_dense(groups); }
+    bool is_dense(ptrdiff_t groups) const {
+        return src1.is_dense(groups) && src2.is_dense(groups) && mask1.is_dense(groups) && mask2.is_dense(groups);
+    }
 };
 
 /// Luma: terms of floor(x * w / 2048); chroma: terms of floor(x * W / 4096), W the sums of the pair's weights; then
@@ -372,7 +377,9 @@ struct Yuy2BandStep {
     }
     void prefetch(int32_t x) const { src1.prefetch(x), src2.prefetch(x), mask1.prefetch(x), mask2.prefetch(x); }
     void next() { src1.next(), src2.next(), mask1.next(), mask2.next(); }
-    bool is_dense(ptrdiff_t groups) const { return src1.is_dense(groups) && src2.is_dense(groups) && mask1.is_dense(groups) && mask2.is_dense(groups); }
+    bool is_dense(ptrdiff_t groups) const {
+        return src1.is_dense(groups) && src2.is_dense(groups) && mask1.is_dense(groups) && mask2.is_dense(groups);
+    }
 };
 
 /// A YUY2 colour argument (Y bits 16..23, U 8..15, V 0..7) as a pair of pixels.
@@ -431,8 +438,8 @@ struct Yuy2ColorStep {
     template <class At>
     V at(At at) const {
         const V p = src.read(at), w = mask.read(at), w_sum = L::pair_sums(w);
-        const V even = L::add(L::mul_high(L::template even_bytes<5>(p), w),
-                              L::mul_high(luma, L::sub(L::words(kFullWeight), w)));
+        const V even =
+            L::add(L::mul_high(L::template even_bytes<5>(p), w), L::mul_high(luma, L::sub(L::words(kFullWeight), w)));
         const V odd = L::add(L::mul_high(L::template odd_bytes<4>(p), w_sum),
                              L::mul_high(chroma, L::sub(L::words(2 * kFullWeight), w_sum)));
         return L::interleave_saturated(halve_rounded<L>(even), halve_rounded<L>(odd));

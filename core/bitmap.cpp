@@ -16,15 +16,15 @@ constexpr uint32_t kCreateFlagsKept = 3;
 /// Bytes per pixel; a format that is not known takes the height for it.
 int32_t pixel_bytes(uint32_t format, int32_t height) {
     switch (format) {
-    case BMP_FMT_YUY2:
-    case BMP_FMT_PWRW: return 2;
-    case BMP_FMT_RGBQ:
-    case BMP_FMT_QUAD3:
-    case BMP_FMT_QUAD4:
-    case BMP_FMT_QUAD5: return 4;
-    case BMP_FMT_RGB8:
-    case BMP_FMT_A8: return 1;
-    default: return height;
+        case BMP_FMT_YUY2:
+        case BMP_FMT_PWRW: return 2;
+        case BMP_FMT_RGBQ:
+        case BMP_FMT_QUAD3:
+        case BMP_FMT_QUAD4:
+        case BMP_FMT_QUAD5: return 4;
+        case BMP_FMT_RGB8:
+        case BMP_FMT_A8: return 1;
+        default: return height;
     }
 }
 
@@ -92,17 +92,17 @@ void* allocate_block(size_t bytes, bool zero) {
 
 void describe_format(Bitmap& bitmap) {
     switch (bitmap.format) {
-    case BMP_FMT_YUY2: bitmap.fourcc = fourcc("YUY2"); break;
-    case BMP_FMT_RGBQ: bitmap.fourcc = fourcc("RGBQ"); break;
-    case BMP_FMT_PWRW: bitmap.fourcc = fourcc("PWRW"); break;
-    case BMP_FMT_RGB8: bitmap.fourcc = fourcc("RGB8"); break;
-    default: break;  // stays as allocated
+        case BMP_FMT_YUY2: bitmap.fourcc = fourcc("YUY2"); break;
+        case BMP_FMT_RGBQ: bitmap.fourcc = fourcc("RGBQ"); break;
+        case BMP_FMT_PWRW: bitmap.fourcc = fourcc("PWRW"); break;
+        case BMP_FMT_RGB8: bitmap.fourcc = fourcc("RGB8"); break;
+        default: break;  // stays as allocated
     }
     switch (bitmap.create_flags) {
-    case 0: bitmap.interlace = 0; break;
-    case 2: bitmap.interlace = 1; break;
-    case 3: bitmap.interlace = 2; break;
-    default: break;  // stays as allocated
+        case 0: bitmap.interlace = 0; break;
+        case 2: bitmap.interlace = 1; break;
+        case 3: bitmap.interlace = 2; break;
+        default: break;  // stays as allocated
     }
 }
 

@@ -9,8 +9,8 @@ namespace zepbmp {
 /// While one lives: x87 with 53-bit precision, SSE without flush-to-zero, both rounding to nearest with every exception
 /// masked. Its end puts back what the host had, sticky flags included.
 ///
-/// The compiler does not know that floating-point code depends on it. So it stands in an export around one call of a function that
-/// is not inlined, and nothing but that call stands beside it.
+/// The compiler does not know that floating-point code depends on it. So it stands in an export around one call of a
+/// function that is not inlined, and nothing but that call stands beside it.
 class FloatScope {
 public:
     FloatScope();

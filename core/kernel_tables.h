@@ -14,9 +14,9 @@ namespace zepbmp {
 
 constexpr int kWidestRegister = 64;  ///< bytes
 
-/// Which kernels a fill takes. `level` picks a column of the selection table. At level 4 `register_bytes` (8, 16, 32, 64)
-/// picks among the kernels that write the same bytes; 8 is the printed column itself. More than this build or this machine
-/// has means as much as it has.
+/// Which kernels a fill takes. `level` picks a column of the selection table. At level 4 `register_bytes` (8, 16, 32,
+/// 64) picks among the kernels that write the same bytes; 8 is the printed column itself. More than this build or
+/// this machine has means as much as it has.
 void fill_compose_slots(int level, int register_bytes = kWidestRegister);
 void fill_span_groups(int level);
 void fill_line_kernels(int level, int register_bytes = kWidestRegister);
@@ -31,16 +31,16 @@ void attach_process();
 /// The widest registers, in bytes, for which this build has kernels and this machine support. Measured once.
 int usable_register_bytes();
 
-/// The columns of a selection table: one for each level, then, for level 4 with registers of 16, 32 and 64 bytes, three whose
-/// kernels write the same bytes as the column of level 4.
+/// The columns of a selection table: one for each level, then, for level 4 with registers of 16, 32 and 64 bytes,
+/// three whose kernels write the same bytes as the column of level 4.
 constexpr int kKernelColumns = kCpuLevels + 3;
 int kernel_column(int level, int register_bytes);
 
 // ---------------------------------------------------------------- composition
 
-/// Every kernel processes `lines` lines of `count` pixels (level kernels: bytes). Pointers are those of the first pixel; after
-/// a line each has advanced by what it processed, then its skip (bytes, signed) is added. Kernels never touch anything past
-/// `count`; count or lines of 0 touch nothing; dst may be one of the sources.
+/// Every kernel processes `lines` lines of `count` pixels (level kernels: bytes). Pointers are those of the first
+/// pixel; after a line each has advanced by what it processed, then its skip (bytes, signed) is added. Kernels never
+/// touch anything past `count`; count or lines of 0 touch nothing; dst may be one of the sources.
 using ComposeMixKernel = void(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_skip, const uint8_t* src1,
                               ptrdiff_t src1_skip, const uint8_t* src2, ptrdiff_t src2_skip, const void* mask,
                               ptrdiff_t mask_skip);
@@ -111,8 +111,8 @@ struct LineKernels {
 };
 extern LineKernels line_kernels;
 
-/// A call that touches more bytes than this streams its stores. Set at load to the second-level cache's size: what a call
-/// leaves there would push itself out. Tests set 0 or SIZE_MAX.
+/// A call that touches more bytes than this streams its stores. Set at load to the second-level cache's size: what a
+/// call leaves there would push itself out. Tests set 0 or SIZE_MAX.
 extern size_t stream_threshold_bytes;
 
 static inline StoreKind store_kind(size_t bytes_touched) {
@@ -134,9 +134,9 @@ struct RampLine {
     bool linear;            ///< table[k] is 4 * k
 };
 
-/// A soft edge where it is supersampled, on one line: a pixel gets a quarter, truncated, of the sum over its 2 x 2 samples, each
-/// a quarter or three quarters into it. A sample at squared distance d2 counts 4096 where d2 <= inner_radius_squared, else 0 where
-/// d2 > radius_squared, else the ramp's weight there.
+/// A soft edge where it is supersampled, on one line: a pixel gets a quarter, truncated, of the sum over its 2 x 2
+/// samples, each a quarter or three quarters into it. A sample at squared distance d2 counts 4096 where d2 <=
+/// inner_radius_squared, else 0 where d2 > radius_squared, else the ramp's weight there.
 struct SoftEdgeLine {
     RampLine ramp;
     double radius_squared, inner_radius_squared;

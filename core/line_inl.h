@@ -1,10 +1,10 @@
 /// \file
-/// Lines of bytes, written once over a lane type (simd/lanes.md) and included by one file per instruction set. Everything
-/// here is local to the including file.
+/// Lines of bytes, written once over a lane type (simd/lanes.md) and included by one file per instruction set.
+/// Everything here is local to the including file.
 ///
-/// A line's first register goes to any address, the following ones to multiples of the register's size; the last one ends
-/// with the line and may overlap the one before. Streamed stores are for whole cache lines only: what lies before the first and
-/// behind the last one is written byte by byte.
+/// A line's first register goes to any address, the following ones to multiples of the register's size; the last one
+/// ends with the line and may overlap the one before. Streamed stores are for whole cache lines only: what lies
+/// before the first and behind the last one is written byte by byte.
 #pragma once
 
 #include <cstddef>

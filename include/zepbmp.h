@@ -10,8 +10,8 @@
  *   mask               unsigned 8-bit, 0 = none, 128 = full (a BMP_FMT_A8 bitmap holds one per pixel)
  *   level              integer 0..4096, one for a whole call
  *
- * Threads: there are no locks. Calls on distinct bitmaps may run at the same time; one bitmap must not be written by one
- * call while another call uses it.
+ * Threads: there are no locks. Calls on distinct bitmaps may run at the same time; one bitmap must not be written by
+ * one call while another call uses it.
  *
  * SPDX-License-Identifier: MIT
  */
@@ -69,16 +69,16 @@ extern "C" {
 #define BMP_COMPOSE_LEVEL 0x10000u /* the mask argument is a level */
 
 /* Flags of bmp_alpha_rect and bmp_alpha_circle. */
-#define BMP_SHAPE_ADD 0x00u                /* weights add up                                                    */
-#define BMP_SHAPE_MAX 0x10u                /* the larger weight is kept                                         */
-#define BMP_SHAPE_ELLIPTIC 0x10000u        /* rectangle: elliptical corners, together with one of the next two  */
-#define BMP_SHAPE_ELLIPTIC_PLAIN 0x20000u  /*   either of them; both draw the same picture                      */
+#define BMP_SHAPE_ADD 0x00u               /* weights add up                                                    */
+#define BMP_SHAPE_MAX 0x10u               /* the larger weight is kept                                         */
+#define BMP_SHAPE_ELLIPTIC 0x10000u       /* rectangle: elliptical corners, together with one of the next two  */
+#define BMP_SHAPE_ELLIPTIC_PLAIN 0x20000u /*   either of them; both draw the same picture                      */
 #define BMP_SHAPE_ELLIPTIC_EDGES 0x800000u
 #define BMP_SHAPE_COSINE 0x40000u /* circle: raised-cosine ramp instead of the linear one              */
 
 /* Flags of bmp_map_polygon. */
-#define BMP_MAP_EXTRA 16u        /* the texture is tex_b; tex_a goes to the kernel (a tint colour)     */
-#define BMP_MAP_SOLID 32u        /* with BMP_MAP_EXTRA: solid fill, tex_a colour, tex_b level          */
+#define BMP_MAP_EXTRA 16u         /* the texture is tex_b; tex_a goes to the kernel (a tint colour)     */
+#define BMP_MAP_SOLID 32u         /* with BMP_MAP_EXTRA: solid fill, tex_a colour, tex_b level          */
 #define BMP_MAP_ANTIALIAS 0x4000u /* anti-aliased edges                                                 */
 #define BMP_MAP_NO_FILTER 0x8000u /* nearest samples, no anti-aliasing                                  */
 
@@ -119,8 +119,8 @@ typedef struct BmpVertex {
  *   width, height   pixels and lines
  *   format          BMP_FMT_...; any other value gives a bitmap whose pixel size in bytes is its height
  *   flags           bits 1 and 2: kept in create_flags; BMP_CREATE_ZERO: all bytes zero, else uninitialised
- * returns  the bitmap, or null when memory is short, or (64-bit targets) when width or height is negative or the size does
- *          not fit. On a 32-bit target sizes wrap at 32 bits.
+ * returns  the bitmap, or null when memory is short, or (64-bit targets) when width or height is negative or the size
+ *          does not fit. On a 32-bit target sizes wrap at 32 bits.
  * caller   on a 32-bit target keeps pitch * height below 2^32 - 64. Frees it with bmp_destroy. */
 Bitmap* BMP_CALL bmp_create(int32_t width, int32_t height, int32_t format, uint32_t flags);
 
@@ -143,10 +143,11 @@ void BMP_CALL bmp_copy(Bitmap* destination, const Bitmap* source, uint32_t flags
 
 /* Copies a rectangle of width x height pixels, clipped to both bitmaps.
  *   A part left of or above the source moves the destination by as much. A part left of or above the destination does
- *   not move the source: the rectangle's left (top) pixels land at column (line) 0, the right (bottom) ones are dropped.
+ *   not move the source: the rectangle's left (top) pixels land at column (line) 0, the right (bottom) ones are
+ *   dropped. A width or height below 1 copies nothing.
  *   flags   BMP_FIELD: every second line of both, those whose destination line has the parity of BMP_FIELD_ODD.
- *   Within one bitmap, where a line's source and destination overlap, bytes move in 4-byte words from left to right, then
- *   single bytes.
+ *   Within one bitmap, where a line's source and destination overlap, bytes move in 4-byte words from left to right,
+ *   then single bytes.
  * caller   both bitmaps have the same bytes_per_pixel. */
 void BMP_CALL bmp_blt(Bitmap* destination, int32_t dest_x, int32_t dest_y, int32_t width, int32_t height,
                       const Bitmap* source, int32_t src_x, int32_t src_y, uint32_t flags);
@@ -172,8 +173,8 @@ void BMP_CALL bmp_draw_rect(Bitmap* bitmap, int32_t left, int32_t top, int32_t r
 void BMP_CALL bmp_draw_line(Bitmap* bitmap, int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint32_t colour,
                             uint32_t mode);
 
-/* Turns a Windows colour reference 0x00BBGGRR into an RGBQ pixel 0x00RRGGBB and back. The top byte is dropped. The first
- * argument is not read. */
+/* Turns a Windows colour reference 0x00BBGGRR into an RGBQ pixel 0x00RRGGBB and back. The top byte is dropped. The
+ * first argument is not read. */
 uint32_t BMP_CALL bmp_translate_color(const void* ignored, uint32_t colour);
 
 /* ---------------------------------------------------------------- palette, display */
@@ -192,7 +193,8 @@ int32_t BMP_CALL bmp_display(void* device_context, int32_t dest_x, int32_t dest_
 /* Mixes two frames: dest = src1 where the weight is 0, src2 where it is full, (src2*w + src1*(full-w)) / full between.
  *   dest   RGBQ or YUY2; other formats only with BMP_COMPOSE_LEVEL. Its width and height decide what is processed.
  *   mask   a bitmap: format A8 is read as masks (full 128), every other format as 16-bit weights (full 4096).
- *          With BMP_COMPOSE_LEVEL: BMP_INTEGER(level), and whole stored lines are mixed byte by byte, whatever the format.
+ *          With BMP_COMPOSE_LEVEL: BMP_INTEGER(level), and whole stored lines are mixed byte by byte, whatever the
+ *          format.
  *   flags  field flags, BMP_COMPOSE_LEVEL
  *   In YUY2 both pixels of a pair take the chroma weight of the pair's first pixel. Up to 7 pixels of a line's padding
  *   are written too. The fourth byte of RGBQ is mixed like a colour at processor levels 1 to 4 and kept at level 0; how

@@ -11,8 +11,8 @@ __attribute__((constructor(101))) void attach() { attach_process(); }
 
 }  // namespace
 
-// Linux keeps the SSE registers wherever the processor reports them. It shares a file with the constructor so that whoever
-// links detection from the static library gets the constructor too.
+// Linux keeps the SSE registers wherever the processor reports them. It shares a file with the constructor so that
+// whoever links detection from the static library gets the constructor too.
 bool sse_registers_usable() { return true; }
 
 }  // namespace zepbmp

@@ -1,6 +1,6 @@
 /// \file
-/// Load on 32-bit Windows. The C++ runtime's entry point runs constructors at process attach, under the loader lock: nothing
-/// is allocated, no library loaded, no thread started here.
+/// Load on 32-bit Windows. The C++ runtime's entry point runs constructors at process attach, under the loader lock:
+/// nothing is allocated, no library loaded, no thread started here.
 #include <windows.h>
 
 #include "core/export.h"
@@ -20,7 +20,8 @@ struct ProbeFrame {
 };
 
 /// Accepts every exception: notes it and goes on behind the instruction.
-EXCEPTION_DISPOSITION __cdecl accept_every_exception(EXCEPTION_RECORD* exception, void* frame, CONTEXT* context, void*) {
+EXCEPTION_DISPOSITION __cdecl accept_every_exception(EXCEPTION_RECORD* exception, void* frame, CONTEXT* context,
+                                                     void*) {
     constexpr DWORD kUnwinding = 0x66;
     if (exception->ExceptionFlags & kUnwinding)
         return ExceptionContinueSearch;

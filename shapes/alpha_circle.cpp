@@ -55,8 +55,8 @@ private:
     int32_t width_;
 };
 
-/// Distances from the centre of a line's two edges: the one nearer to it and the one farther. On the line that holds the centre
-/// the nearer one may be negative.
+/// Distances from the centre of a line's two edges: the one nearer to it and the one farther. On the line that holds
+/// the centre the nearer one may be negative.
 struct LineEdges {
     double nearer, farther;
 };
@@ -85,8 +85,8 @@ private:
     int32_t split_;
 };
 
-/// Writes a line from left to right. A range that begins before the current position begins there; one that has nothing left is
-/// skipped.
+/// Writes a line from left to right. A range that begins before the current position begins there; one that has
+/// nothing left is skipped.
 class LineWriter {
 public:
     LineWriter(uint16_t* line, StoreKind store) : line_(line), fill_(line_kernels.fill[store]) {}
@@ -122,7 +122,8 @@ struct Target {
     Target(const Bitmap& target, uint32_t flags)
         : bitmap(target),
           lines(field_lines(flags)),
-          store(store_kind(static_cast<size_t>(lines.count(target.height)) * static_cast<uint32_t>(target.width) * 2)) {}
+          store(store_kind(static_cast<size_t>(lines.count(target.height)) * static_cast<uint32_t>(target.width) * 2)) {
+    }
 
     template <class DrawLine>
     void for_each_line(DrawLine draw_line) const {

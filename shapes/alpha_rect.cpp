@@ -20,8 +20,8 @@ Box clipped(const Box& box, const Bitmap& bitmap) {
 
 namespace {
 
-/// One direction of a clipped box, in pixels. Partly covered pixels: [touched_begin, whole_begin) at the low end, at most one, and
-/// [whole_end, touched_end) at the high end.
+/// One direction of a clipped box, in pixels. Partly covered pixels: [touched_begin, whole_begin) at the low end, at
+/// most one, and [whole_end, touched_end) at the high end.
 struct Extent {
     int32_t touched_begin, whole_begin, whole_end, touched_end;
     int32_t low_coverage, high_coverage;  ///< of those pixels, in 64ths

@@ -39,8 +39,8 @@ struct Radii {
     int32_t x, y;
 };
 
-/// The radii as given where both leave something of the sides straight; else shrunk to half the rectangle, keeping their ratio.
-/// Arguments in pixels.
+/// The radii as given where both leave something of the sides straight; else shrunk to half the rectangle, keeping
+/// their ratio. Arguments in pixels.
 Radii fitted_radii(double width, double height, double radius_x, double radius_y);
 
 /// Draws a box with elliptical corners; every weight becomes the larger one. Radii below 1 make plain corners.

@@ -1,5 +1,6 @@
 /// \file
-/// Rectangles with elliptical corners: two crossing boxes and, around each corner ellipse's centre, 2 x 2 samples a pixel.
+/// Rectangles with elliptical corners: two crossing boxes and, around each corner ellipse's centre, 2 x 2 samples a
+/// pixel.
 #include "shapes/alpha_rect.h"
 
 namespace zepbmp {

@@ -12,9 +12,9 @@ constexpr RampTable make_linear() {
     return table;
 }
 
-/// sin^2 by its power series, at compile time: the C library's cosine differs from system to system. Up to pi/4 the first twelve
-/// terms are exact to a few units in the last place of a double; no table value lies within 1e-6 of a rounding boundary other than
-/// those that the symmetry below fixes.
+/// sin^2 by its power series, at compile time: the C library's cosine differs from system to system. Up to pi/4 the
+/// first twelve terms are exact to a few units in the last place of a double; no table value lies within 1e-6 of a
+/// rounding boundary other than those that the symmetry below fixes.
 constexpr double sine_squared(double x) {
     double term = x, sum = x;
     for (int n = 1; n < 12; ++n) {

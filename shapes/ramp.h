@@ -9,8 +9,8 @@
 
 namespace zepbmp {
 
-/// How far into the soft edge a point lies that is `distance` from the centre: trunc((radius - distance) * scale + 0.5), held
-/// to 0..kRampSteps.
+/// How far into the soft edge a point lies that is `distance` from the centre: trunc((radius - distance) * scale +
+/// 0.5), held to 0..kRampSteps.
 inline int32_t ramp_step(double distance, double radius, double scale) {
     const int32_t step = trunc_to_int32((radius - distance) * scale + 0.5);
     return step < 0 ? 0 : step > kRampSteps ? kRampSteps : step;

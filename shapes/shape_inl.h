@@ -1,6 +1,6 @@
 /// \file
-/// The vector kernels of the shapes, written once over a lane type (simd/lanes.md) and included by one file per instruction
-/// set. Everything here is local to the including file.
+/// The vector kernels of the shapes, written once over a lane type (simd/lanes.md) and included by one file per
+/// instruction set. Everything here is local to the including file.
 #pragma once
 
 #include <cstdint>
@@ -38,17 +38,20 @@ void max_run(uint16_t* weights, int32_t count, int32_t v) {
         [](int32_t a, int32_t b) { return a < b ? b : a; });
 }
 
-/// How far a ramp step computed in single precision may be from the reference's, which is computed in double precision, for
-/// offsets dx of at most `widest` and dy of at most `highest` pixels.
+/// The longest distance whose square single precision holds, with room to spare.
+constexpr double kLongestDistance = 1e18;
+
+/// How far a ramp step computed in single precision may be from the reference's, which is computed in double
+/// precision, for offsets dx of at most `widest` and dy of at most `highest` pixels.
 ///
-/// Let N be the lanes and M the longest distance. A distance is off by at most 2^-24 (7M + 2N): the rounded offsets, the squares, their
-/// sum and the root. The step (radius - distance) * scale + 0.5 is then off by at most 2^-24 (scale * (11M + 5 radius + 2N) + 4).
-/// What is added to that here covers the reference's own error many times.
+/// Let N be the lanes and M the longest distance. A distance is off by at most 2^-24 (7M + 2N): the rounded offsets,
+/// the squares, their sum and the root. The step (radius - distance) * scale + 0.5 is then off by at most 2^-24
+/// (scale * (11M + 5 radius + 2N) + 4). What is added to that here covers the reference's own error many times.
 template <class F>
 double ramp_error_bound(const RampLine& line, double widest, double highest) {
     const double longest = __builtin_sqrt(widest * widest + highest * highest);
     const double terms = line.scale * (12 * longest + 6 * line.radius + 3 * F::kLanes) + 8;
-    return line.radius > 0 ? terms / (1 << 24) : 1;
+    return line.radius > 0 && longest < kLongestDistance ? terms / (1 << 24) : 1;
 }
 
 double magnitude(double x) { return x < 0 ? -x : x; }
@@ -58,8 +61,8 @@ double larger(double a, double b) { return a > b ? a : b; }
 /// A squared distance that single precision can't tell from 0.
 constexpr float kOnCentre = 1e-6f;
 
-/// Ramp steps in single precision. One whose fraction stays further from 0 and 1 than the error bound truncates to the reference's
-/// integer; the few others are done again by the reference.
+/// Ramp steps in single precision. One whose fraction stays further from 0 and 1 than the error bound truncates to
+/// the reference's integer; the few others are done again by the reference.
 template <class F>
 class SingleRamp {
 public:
@@ -116,8 +119,9 @@ void ramp(uint16_t* weights, int32_t first, int32_t end, const RampLine& line) {
     F::finish();
 }
 
-/// A pixel's four samples are four lanes. The ramp's own ends give the weights beyond them: step 0 outside the radius, the last step
-/// within the inner one. Only a sample on the very centre may count otherwise, where there is no inner circle.
+/// A pixel's four samples are four lanes. The ramp's own ends give the weights beyond them: step 0 outside the
+/// radius, the last step within the inner one. Only a sample on the very centre may count otherwise, where there is
+/// no inner circle.
 template <class F>
 void soft_edge(uint16_t* weights, int32_t first, int32_t end, const SoftEdgeLine& line) {
     constexpr int kPixels = F::kLanes / 4;

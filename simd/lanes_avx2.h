@@ -1,8 +1,8 @@
 /// \file
 /// 32-byte lanes: AVX2.
 ///
-/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for AVX2; everything
-/// here is local to the including file.
+/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for AVX2;
+/// everything here is local to the including file.
 #pragma once
 
 #include <immintrin.h>
@@ -47,8 +47,8 @@ struct Lanes256 {
         return _mm256_maddubs_epi16(v, words(0x100 << kShift));
     }
     static V interleave_saturated(V even, V odd) {
-        const V order = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+        const V order =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
         return _mm256_shuffle_epi8(_mm256_packus_epi16(even, odd), order);
     }
 
@@ -84,8 +84,8 @@ struct Lanes256 {
         return _mm256_cvtepu8_epi16(_mm_loadu_si128(static_cast<const __m128i*>(p)));
     }
     static V even_words_twice(V w) {
-        return _mm256_shuffle_epi8(w, _mm256_broadcastsi128_si256(
-                                          _mm_setr_epi8(0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13)));
+        return _mm256_shuffle_epi8(
+            w, _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13)));
     }
     static V pair_sums(V w) {
         const V swapped = _mm256_shuffle_epi8(

@@ -1,8 +1,8 @@
 /// \file
 /// 64-byte lanes: AVX-512 F, BW, VL and DQ.
 ///
-/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for AVX-512; everything
-/// here is local to the including file.
+/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for AVX-512;
+/// everything here is local to the including file.
 #pragma once
 
 #include <immintrin.h>
@@ -42,8 +42,7 @@ struct Lanes512 {
         return _mm512_maddubs_epi16(v, words(0x100 << kShift));
     }
     static V interleave_saturated(V even, V odd) {
-        const V order =
-            _mm512_broadcast_i32x4(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+        const V order = _mm512_broadcast_i32x4(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
         return _mm512_shuffle_epi8(_mm512_packus_epi16(even, odd), order);
     }
 
@@ -93,7 +92,9 @@ struct Floats512 {
 
     static F all(float x) { return _mm512_set1_ps(x); }
     static F counting() { return _mm512_setr_ps(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
-    static F half_pixels() { return _mm512_setr_ps(0, 0, 0.5f, 0.5f, 1, 1, 1.5f, 1.5f, 2, 2, 2.5f, 2.5f, 3, 3, 3.5f, 3.5f); }
+    static F half_pixels() {
+        return _mm512_setr_ps(0, 0, 0.5f, 0.5f, 1, 1, 1.5f, 1.5f, 2, 2, 2.5f, 2.5f, 3, 3, 3.5f, 3.5f);
+    }
     static F alternating(float a, float b) { return _mm512_setr_ps(a, b, a, b, a, b, a, b, a, b, a, b, a, b, a, b); }
     static F add(F a, F b) { return _mm512_add_ps(a, b); }
     static F sub(F a, F b) { return _mm512_sub_ps(a, b); }
@@ -106,9 +107,7 @@ struct Floats512 {
     static F hold(F a, F low, F high) { return _mm512_min_ps(_mm512_max_ps(a, low), high); }
     static I truncate(F a) { return _mm512_cvttps_epi32(a); }
     static F to_float(I a) { return _mm512_cvtepi32_ps(a); }
-    static uint32_t magnitude_above(F a, F limit) {
-        return _mm512_cmp_ps_mask(_mm512_abs_ps(a), limit, _CMP_GT_OQ);
-    }
+    static uint32_t magnitude_above(F a, F limit) { return _mm512_cmp_ps_mask(_mm512_abs_ps(a), limit, _CMP_GT_OQ); }
     template <int kShift>
     static I shift_left(I a) {
         return _mm512_slli_epi32(a, kShift);

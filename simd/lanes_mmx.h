@@ -1,8 +1,8 @@
 /// \file
 /// 8-byte lanes: MMX alone, and MMX with the integer extensions that came with SSE.
 ///
-/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for MMX; everything
-/// here is local to the including file.
+/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for MMX;
+/// everything here is local to the including file.
 #pragma once
 
 #include <mmintrin.h>
@@ -89,15 +89,13 @@ struct Lanes64 {
         const V even = _mm_and_si64(w, dwords(0xffff));
         return _mm_or_si64(even, _mm_slli_pi32(even, 16));
     }
-    static V pair_sums(V w) {
-        return _mm_add_pi16(w, _mm_or_si64(_mm_slli_pi32(w, 16), _mm_srli_pi32(w, 16)));
-    }
+    static V pair_sums(V w) { return _mm_add_pi16(w, _mm_or_si64(_mm_slli_pi32(w, 16), _mm_srli_pi32(w, 16))); }
 
     static void finish() { _mm_empty(); }
 };
 
-/// The extensions are written as assembly where the file is not compiled for SSE: its intrinsics would bring SSE registers
-/// with them, which level 2 must not touch.
+/// The extensions are written as assembly where the file is not compiled for SSE: its intrinsics would bring SSE
+/// registers with them, which level 2 must not touch.
 struct Lanes64Ext : Lanes64 {
     template <int kOrder>
     static V shuffle_words(V w) {

@@ -1,8 +1,8 @@
 /// \file
 /// 16-byte lanes: SSE2.
 ///
-/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for SSE2; everything
-/// here is local to the including file.
+/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for SSE2;
+/// everything here is local to the including file.
 #pragma once
 
 #include <emmintrin.h>

@@ -8,6 +8,7 @@ SpanKernel span_group[kSpanGroups][kSpanFilters] = {};
 
 // Polygon mapping brings the kernels; until a group has some its cells are null, and no export reaches them.
 //
+// clang-format off
 //   group               levels 0, 1   levels 2, 3, 4
 const SpanRow kSpanRows[kSpanGroups] = {
     {kSpanYuy2Affine,  {nullptr,      nullptr}},
@@ -21,6 +22,7 @@ const SpanRow kSpanRows[kSpanGroups] = {
     {kSpanA8TintYuy2,  {nullptr,      nullptr}},
     {kSpanA8TintRgbq,  {nullptr,      nullptr}},
 };
+// clang-format on
 
 int span_column(int level) { return level >= kLevelMmxExt ? 1 : 0; }
 
