@@ -1,0 +1,246 @@
+#!/usr/bin/env python3
+"""Checks that no object file of the library holds an instruction above its level, and that per-set files share nothing.
+
+A processor faults at the first instruction that it lacks, so the base objects keep to the baseline of their target (32 bits:
+i686 without MMX and SSE; 64 bits: SSE2), and a file named after an instruction set keeps to that set. An inline function
+that a per-set file shared with baseline code would be kept once by the linker, maybe in its wide form: so a per-set object
+defines no weak symbol and no COMDAT section.
+
+usage: check_objects.py --bits 32|64 --objdump PROGRAM --nm PROGRAM LIST      (LIST: a file with one object path a line)
+       check_objects.py --self-test --assembler PROGRAM --objdump PROGRAM --nm PROGRAM
+"""
+import argparse
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+# The one list of exceptions: source file's stem -> (instructions allowed there, why).
+EXCEPTIONS = {
+    "attach_win32": ({"xorps"}, "asks whether SSE registers work by using one, under a handler for the fault"),
+    "cpu": ({"xgetbv"}, "executed only where CPUID reports that the system enabled it"),
+}
+
+# Instruction sets in rising order. A level includes all before it, as far as a target has it.
+BASE, MMX, MMXEXT, SSE, SSE2, AVX2, AVX512, ABOVE = range(8)
+NAMES = ["base", "MMX", "MMX extensions", "SSE", "SSE2", "AVX2", "AVX-512", "a set that no file is built for"]
+LEVEL_OF_FILE = {"mmx": MMX, "mmxext": MMXEXT, "sse2": SSE2, "avx2": AVX2, "avx512": AVX512}
+
+MMX_INSTRUCTIONS = set(
+    """emms movd movq packssdw packsswb packuswb paddb paddd paddsb paddsw paddusb paddusw paddw pand pandn pcmpeqb pcmpeqd
+    pcmpeqw pcmpgtb pcmpgtd pcmpgtw pmaddwd pmulhw pmullw por pslld psllq psllw psrad psraw psrld psrlq psrlw psubb psubd
+    psubsb psubsw psubusb psubusw psubw punpckhbw punpckhdq punpckhwd punpcklbw punpckldq punpcklwd pxor""".split())
+MMXEXT_INSTRUCTIONS = set(
+    """maskmovq movntq pavgb pavgw pextrw pinsrw pmaxsw pmaxub pminsw pminub pmovmskb pmulhuw psadbw pshufw""".split())
+# Instructions that name no vector register.
+BARE_LEVEL = {"emms": MMX, "sfence": MMXEXT, "prefetchnta": MMXEXT, "prefetcht0": MMXEXT, "prefetcht1": MMXEXT,
+              "prefetcht2": MMXEXT, "ldmxcsr": SSE, "stmxcsr": SSE, "fxsave": SSE, "fxrstor": SSE, "lfence": SSE2,
+              "mfence": SSE2, "movnti": SSE2, "clflush": SSE2, "vzeroupper": AVX2, "vzeroall": AVX2}
+SSE_ONLY = re.compile(r"^(mov[ahlu]?[hl]?ps|movss|(add|sub|mul|div|sqrt|min|max|and|andn|or|xor|rsqrt|rcp|cmp\w*|"
+                            r"shuf|unpck[hl]|movmsk|movnt|movlh|movhl|u?comi)(ps|ss)?|cvt(t?[ps]s2[ps]?i|[ps]i2[ps]s)l?)$")
+# Not among them: tzcnt, which compilers write for the plain bsf of a value that is not 0; older processors run it as bsf.
+ABOVE_ALWAYS = re.compile(
+    r"^(addsub\w+|h(add|sub)p[sd]|lddqu|movddup|movs[hl]dup|fisttp\w*|monitor|mwait|pshufb|ph(add|sub)\w+|pmaddubsw|psign.|"
+    r"pmulhrsw|palignr|pabs.|p?blend\w+|dpp[sd]|extractps|insertps|movntdqa|mpsadbw|packusdw|pcmp[eg][qt]q|pextr[bdq]|"
+    r"phminposuw|pinsr[bdq]|p(max|min)(sb|sd|ud|uw)|pmov[sz]x\w+|pmuldq|pmulld|ptest|round[ps][sd]|pcmp[ei]str\w|crc32\w?|"
+    r"popcnt\w?|lzcnt\w?|andn[lq]?|bextr\w?|bls(i|r|msk)\w?|bzhi\w?|pdep\w?|pext\w?|mulx\w?|rorx\w?|s(ar|hl|hr)x\w?|"
+    r"aes\w+|pclmul\w+|sha(1|256)\w+|movbe\w?|ad[co]x\w?|rd(rand|seed)\w?|x(get|set)bv|xsave\w*|xrstor\w*|prefetchw\w*|"
+    r"clflushopt|clwb|vf?n?m(add|sub)\w+|vpdp\w+|vpmadd52\w+|vcvtph2ps|vcvtps2ph|vpermi?t?2?b|vpmultishiftqb|cmpxchg16b)$")
+# Begin with v and are no vector instructions.
+SYSTEM_V = re.compile(r"^(ver[rw]|vm(call|clear|func|launch|mcall|ptrld|ptrst|read|resume|write|xoff|xon|load|save|run))$")
+INSTRUCTION = re.compile(r"^\s*[0-9a-f]+:\t((?:[0-9a-f]{2} )+)\s*\t(.*)$")
+PREFIX_WORDS = {"rep", "repz", "repnz", "repe", "repne", "lock", "data16", "addr32", "addr16", "notrack", "bnd",
+                "cs", "ds", "es", "fs", "gs", "ss", "{vex}", "{vex3}", "{evex}"}
+
+
+def level_of(code, text, bits):
+    """The lowest set that has an instruction, given as its bytes and as objdump's AT&T text."""
+    words = text.split()
+    while words and (words[0] in PREFIX_WORDS or words[0].startswith("rex")):
+        words.pop(0)
+    if not words:
+        return "", BASE
+    name = words[0]
+    operands = " ".join(words[1:])
+    if name == "(bad)":
+        return name, ABOVE
+    if name == "andn" or ABOVE_ALWAYS.match(name):
+        # SSE's andn carries a suffix (andnps); the bare name is a bit-manipulation instruction.
+        return name, ABOVE
+    if re.search(r"%zmm|%k[0-7]\b|%[xy]mm(1[6-9]|2\d|3[01])\b", operands):
+        return name, AVX512
+    if name.startswith("v") and not SYSTEM_V.match(name):
+        return name, AVX512 if code[0] == 0x62 else AVX2
+    if "%ymm" in operands:
+        return name, AVX2
+    if name in BARE_LEVEL:
+        return name, BARE_LEVEL[name]
+    if "%xmm" in operands or name.startswith("cvt"):
+        return name, SSE if SSE_ONLY.match(name) else SSE2
+    if re.search(r"%mm[0-7]\b", operands):
+        if name in MMX_INSTRUCTIONS:
+            return name, MMX
+        return name, MMXEXT if name in MMXEXT_INSTRUCTIONS else SSE2
+    return name, BASE
+
+
+def run(*command):
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    if done.returncode != 0:
+        sys.exit(f"error: {' '.join(command)} failed: {done.stderr.strip()}")
+    return done.stdout
+
+
+def check_object(path, bits, objdump, nm):
+    """Findings of one object, as lines of text, and how many instructions were looked at."""
+    stem = os.path.basename(path).split(".")[0]
+    suffix = stem.rsplit("_", 1)[-1]
+    per_set = suffix in LEVEL_OF_FILE
+    allowed = LEVEL_OF_FILE.get(suffix, BASE)
+    if bits == 64:
+        allowed = max(allowed, SSE2)
+    extra = EXCEPTIONS.get(stem, (set(), ""))[0]
+
+    findings = {}
+    count = 0
+    function = "?"
+    for line in run(objdump, "-d", "-w", "-M", "att", path).splitlines():
+        match = INSTRUCTION.match(line)
+        if not match:
+            if line.endswith(">:"):
+                function = line[line.index("<") + 1:-2]
+            continue
+        count += 1
+        name, level = level_of(bytes.fromhex(match.group(1)), match.group(2), bits)
+        if level > allowed and name not in extra:
+            findings.setdefault((function, name, level), match.group(2))
+    lines = [f"{path}: {NAMES[level]} instruction in {NAMES[allowed]} code, {function}: {text}"
+             for (function, name, level), text in findings.items()]
+
+    if per_set:
+        for line in run(nm, "--defined-only", path).splitlines():
+            kind, symbol = line.split()[-2:]
+            if kind in "wWvVu":
+                lines.append(f"{path}: weak symbol in a per-set file: {symbol}")
+        # In COFF the same is a COMDAT section. (In ELF it is both; the thunks of 32-bit position-independent code, which are
+        # one plain move, are COMDAT without being weak.)
+        for line in run(objdump, "-h", "-w", path).splitlines():
+            if "LINK_ONCE" in line and " .group " not in line:
+                lines.append(f"{path}: COMDAT section in a per-set file: {line.split()[1]}")
+    return lines, count
+
+
+def check_list(arguments):
+    with open(arguments.list) as file:
+        objects = [line for line in file.read().splitlines() if line]
+    if not objects:
+        sys.exit(f"error: {arguments.list} names no object")
+    findings = []
+    count = 0
+    for path in objects:
+        lines, instructions = check_object(path, arguments.bits, arguments.objdump, arguments.nm)
+        findings += lines
+        count += instructions
+    for line in findings:
+        print(line)
+    print(f"{len(objects)} objects, {count} instructions, {len(findings)} findings")
+    if count == 0:
+        sys.exit("error: the objects hold no code")
+    sys.exit(1 if findings else 0)
+
+
+# What the checker has to find, and what it has to let pass: file stem, bits, assembly, whether that is a finding.
+SELF_TEST = [
+    ("a", 32, "addl %ecx, %eax", False),
+    ("a", 32, "cmovel %ecx, %eax", False),
+    ("a", 32, "fcomip", False),
+    ("a", 32, "pause", False),
+    ("a", 32, "tzcntl %eax, %eax", False),
+    ("a", 32, "paddb %mm1, %mm0", True),
+    ("a", 32, "movd %eax, %mm0", True),
+    ("a", 32, "emms", True),
+    ("a", 32, "prefetchnta (%eax)", True),
+    ("a", 32, "sfence", True),
+    ("a", 32, "movnti %eax, (%ecx)", True),
+    ("a", 32, "ldmxcsr (%eax)", True),
+    ("a", 32, "addss %xmm1, %xmm0", True),
+    ("a", 32, "cvttsd2si (%eax), %eax", True),
+    ("a", 32, "movsd (%eax), %xmm0", True),
+    ("a", 32, "vaddps %ymm0, %ymm0, %ymm0", True),
+    ("a", 32, "fisttpl (%eax)", True),
+    ("a", 32, "popcnt %eax, %eax", True),
+    ("a", 32, "bound %eax, (%ecx)", False),
+    ("a_mmx", 32, "paddb %mm1, %mm0", False),
+    ("a_mmx", 32, "emms", False),
+    ("a_mmx", 32, "pmaxub %mm1, %mm0", True),
+    ("a_mmx", 32, "pshufw $0, %mm1, %mm0", True),
+    ("a_mmx", 32, "movntq %mm0, (%eax)", True),
+    ("a_mmx", 32, "paddq %mm1, %mm0", True),
+    ("a_mmx", 32, "movdqa %xmm1, %xmm0", True),
+    ("a_mmx", 32, "movq2dq %mm0, %xmm0", True),
+    ("a_mmxext", 32, "pshufw $0, %mm1, %mm0", False),
+    ("a_mmxext", 32, "sfence", False),
+    ("a_mmxext", 32, "paddq %mm1, %mm0", True),
+    ("a_mmxext", 32, "pshufb %mm1, %mm0", True),
+    ("a_mmxext", 32, "xorps %xmm0, %xmm0", True),
+    ("a_sse2", 32, "paddb %xmm1, %xmm0", False),
+    ("a_sse2", 32, "andnps %xmm1, %xmm0", False),
+    ("a_sse2", 32, "pshufb %xmm1, %xmm0", True),
+    ("a_sse2", 32, "pmovzxbw %xmm1, %xmm0", True),
+    ("a_sse2", 32, "vpaddb %xmm1, %xmm0, %xmm0", True),
+    ("a_avx2", 32, "vpaddb %ymm1, %ymm0, %ymm0", False),
+    ("a_avx2", 32, "vzeroupper", False),
+    ("a_avx2", 32, "vfmadd132ps %ymm1, %ymm0, %ymm0", True),
+    ("a_avx2", 32, "vpaddb %zmm1, %zmm0, %zmm0", True),
+    ("a_avx2", 64, "vmovdqu8 (%rax), %ymm1", True),
+    ("a_avx2", 64, "vpaddb %ymm17, %ymm0, %ymm0", True),
+    ("a_avx512", 64, "vpaddb %zmm1, %zmm0, %zmm0{%k1}{z}", False),
+    ("a_avx512", 64, "vfmadd132ps %zmm1, %zmm0, %zmm0", True),
+    ("a", 64, "addsd %xmm1, %xmm0", False),
+    ("a", 64, "vaddsd %xmm1, %xmm0, %xmm0", True),
+    ("a", 64, "pshufb %xmm1, %xmm0", True),
+    ("a", 64, "andn %eax, %eax, %eax", True),
+    ("attach_win32", 32, "xorps %xmm0, %xmm0", False),
+    ("attach_win32", 32, "movaps %xmm0, (%eax)", True),
+    ("a_sse2", 64, ".weak f\nf: ret", True),
+    ("a_sse2", 64, ".section .text.f,\"axG\",@progbits,f,comdat\n.weak f\nf: ret", True),
+    ("a", 64, ".weak f\nf: ret", False),
+]
+
+
+def self_test(arguments):
+    wrong = 0
+    with tempfile.TemporaryDirectory() as folder:
+        for stem, bits, text, bad in SELF_TEST:
+            source = os.path.join(folder, "source.s")
+            path = os.path.join(folder, stem + ".cpp.o")
+            with open(source, "w") as file:
+                file.write(text + "\n")
+            run(arguments.assembler, f"--{bits}", source, "-o", path)
+            findings, _ = check_object(path, bits, arguments.objdump, arguments.nm)
+            if bool(findings) != bad:
+                wrong += 1
+                print(f"{stem}, {bits} bits, '{text}': {'not found' if bad else findings}")
+    print(f"{len(SELF_TEST)} cases, {wrong} wrong")
+    sys.exit(1 if wrong else 0)
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Checks the instructions and weak symbols of object files.")
+    parser.add_argument("--bits", type=int, choices=(32, 64))
+    parser.add_argument("--objdump", default="objdump")
+    parser.add_argument("--nm", default="nm")
+    parser.add_argument("--assembler", default="as")
+    parser.add_argument("--self-test", action="store_true")
+    parser.add_argument("list", nargs="?")
+    arguments = parser.parse_args()
+    if arguments.self_test:
+        self_test(arguments)
+    elif not arguments.list or not arguments.bits:
+        parser.error("a list of objects and --bits are needed")
+    check_list(arguments)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,79 @@
+# The library: compiled once, packed as a shared and as a static library.
+#   zepbmp_sources(folder file...)   adds files; the name's ending picks flags and system
+
+add_library(zepbmp_objects OBJECT)
+add_library(zepbmp SHARED $<TARGET_OBJECTS:zepbmp_objects>)
+add_library(zepbmp_static STATIC $<TARGET_OBJECTS:zepbmp_objects>)
+add_library(zepbmp::zepbmp ALIAS zepbmp)
+add_library(zepbmp::zepbmp_static ALIAS zepbmp_static)
+
+foreach(target IN ITEMS zepbmp_objects zepbmp zepbmp_static)
+    zepbmp_library_flags(${target})
+    target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}
+        PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    # AVX2 is built for every target, AVX-512 only where there are registers enough for it to pay.
+    target_compile_definitions(${target} PRIVATE ZEPBMP_HAVE_AVX2=1)
+    if(NOT ZEPBMP_32BIT)
+        target_compile_definitions(${target} PRIVATE ZEPBMP_HAVE_AVX512=1)
+    endif()
+    set_target_properties(${target} PROPERTIES
+        LINKER_LANGUAGE CXX
+        RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
+        LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
+        ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+endforeach()
+set_target_properties(zepbmp_static PROPERTIES OUTPUT_NAME zepbmp EXPORT_NAME zepbmp_static)
+
+if(WIN32)
+    set(zepbmp_def ${PROJECT_SOURCE_DIR}/platform/exports.def)
+    set_target_properties(zepbmp PROPERTIES PREFIX "" LINK_DEPENDS ${zepbmp_def})
+    target_link_options(zepbmp PRIVATE ${zepbmp_def})
+
+    # Import libraries, one for each of the common linkers. What the MinGW linker makes by itself resolves other symbols than
+    # hosts refer to, because these exports carry their underscore; so it is replaced. The Microsoft-style linker makes its
+    # import library only beside a DLL: that one is made of empty functions and is not used for anything.
+    find_program(ZEPBMP_LLD_LINK NAMES lld-link lld-link-14 HINTS /usr/lib/llvm-14/bin REQUIRED
+        DOC "Makes zepbmp.lib, the import library for Microsoft-style linkers (package lld)")
+    file(READ ${zepbmp_def} zepbmp_names)
+    string(REGEX MATCHALL "_bmp_[a-z_]+@[0-9]+" zepbmp_names "${zepbmp_names}")
+    list(JOIN zepbmp_names "\n" zepbmp_def_lines)
+    list(TRANSFORM zepbmp_names REPLACE ".+" ".globl \\0\n\\0: ret" OUTPUT_VARIABLE zepbmp_stub_lines)
+    list(JOIN zepbmp_stub_lines "\n" zepbmp_stub_lines)
+    file(CONFIGURE OUTPUT import.def CONTENT "LIBRARY zepbmp.dll\nEXPORTS\n${zepbmp_def_lines}\n" @ONLY)
+    file(CONFIGURE OUTPUT import.s CONTENT "${zepbmp_stub_lines}\n" @ONLY)
+    set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${zepbmp_def})
+    set(ZEPBMP_MSVC_IMPORT_LIBRARY ${PROJECT_BINARY_DIR}/zepbmp.lib)
+    add_custom_command(TARGET zepbmp POST_BUILD WORKING_DIRECTORY ${PROJECT_BINARY_DIR}
+        COMMAND ${CMAKE_DLLTOOL} --no-leading-underscore --input-def import.def --dllname $<TARGET_FILE_NAME:zepbmp>
+                --output-lib $<TARGET_LINKER_FILE_NAME:zepbmp>
+        COMMAND ${CMAKE_CXX_COMPILER} -c import.s -o import.obj
+        COMMAND ${ZEPBMP_LLD_LINK} /nologo /dll /noentry /machine:x86 /safeseh:no /nodefaultlib /def:import.def import.obj
+                /out:import.dll /implib:zepbmp.lib
+        COMMAND ${CMAKE_COMMAND} -E rm import.obj import.dll
+        BYPRODUCTS ${ZEPBMP_MSVC_IMPORT_LIBRARY}
+        COMMENT "Making the import libraries" VERBATIM)
+else()
+    set(zepbmp_map ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    set_target_properties(zepbmp PROPERTIES
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${zepbmp_map})
+    target_link_options(zepbmp PRIVATE
+        LINKER:--version-script=${zepbmp_map} LINKER:--as-needed LINKER:-z,relro LINKER:-z,now)
+    if(NOT ZEPBMP_SANITIZE)
+        target_link_options(zepbmp PRIVATE LINKER:--no-undefined)
+    endif()
+endif()
+
+function(zepbmp_sources folder)
+    foreach(file IN LISTS ARGN)
+        if((file MATCHES "_win32\\.cpp$" AND NOT WIN32) OR (file MATCHES "_linux\\.cpp$" AND WIN32) OR
+           (file MATCHES "_avx512\\.cpp$" AND ZEPBMP_32BIT))
+            continue()
+        endif()
+        set(path ${PROJECT_SOURCE_DIR}/${folder}/${file})
+        target_sources(zepbmp_objects PRIVATE ${path})
+        if(file MATCHES "_(mmx|mmxext|sse2|avx2|avx512)\\.cpp$")
+            zepbmp_set_flags(flags ${CMAKE_MATCH_1})
+            set_source_files_properties(${path} TARGET_DIRECTORY zepbmp_objects PROPERTIES COMPILE_OPTIONS "${flags}")
+        endif()
+    endforeach()
+endfunction()
