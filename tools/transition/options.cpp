@@ -1,0 +1,164 @@
+#include "options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "error.h"
+
+namespace zepbmp::transition {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr double kDefaultFeatherPx = 32;
+constexpr double kWidestFeatherPx = 4096;
+
+const char kExamples[] = R"(Times: 2s, 1.5, 500ms, 00:01:02.5, or frames of the first video: 50f
+
+Examples:
+  a two-second dissolve at the end of the first video
+    zepbmp-transition beach.mp4 city.mov -o trip.mp4 --effect crossfade --duration 2s
+
+  a wide soft circle after four seconds, easing in and out, with a contact sheet
+    zepbmp-transition beach.mp4 city.mov -o trip.mp4 --effect circle --duration 50f --at 4s \
+        --feather 120 --ease cosine --sheet trip.png
+
+  an orange ring, from and to interlaced video with the top field first
+    zepbmp-transition tape1.avi tape2.avi -o tape.mp4 --effect band --duration 1.5s \
+        --color FF8000 --fields top
+
+Exit status: 0 done, 1 failed while working, 2 the request cannot be carried out, 128 + signal if interrupted.)";
+
+[[noreturn]] void refuse(const std::string& message) { throw Error(message, kExitRefused); }
+
+template <class Value, size_t N>
+Value choose(const char* what, const std::string& word, const std::array<std::pair<const char*, Value>, N>& choices) {
+    std::string all;
+    for (size_t i = 0; i < N; ++i) {
+        if (word == choices[i].first)
+            return choices[i].second;
+        all += (i == 0 ? "" : i + 1 < N ? ", " : " or ") + std::string(choices[i].first);
+    }
+    refuse("unknown " + std::string(what) + " '" + word + "': choose " + all);
+}
+
+constexpr std::array<std::pair<const char*, EffectKind>, 4> kEffects = {{{"crossfade", EffectKind::kCrossfade},
+                                                                         {"box", EffectKind::kBox},
+                                                                         {"circle", EffectKind::kCircle},
+                                                                         {"band", EffectKind::kBand}}};
+constexpr std::array<std::pair<const char*, Ease>, 2> kEases = {{{"linear", Ease::kLinear}, {"cosine", Ease::kCosine}}};
+constexpr std::array<std::pair<const char*, FieldChoice>, 4> kFields = {{{"auto", FieldChoice::kAuto},
+                                                                         {"top", FieldChoice::kTop},
+                                                                         {"bottom", FieldChoice::kBottom},
+                                                                         {"progressive", FieldChoice::kProgressive}}};
+
+TimeValue time_option(const char* name, const std::string& text) {
+    const std::optional<TimeValue> time = parse_time(text);
+    if (!time)
+        refuse(std::string(name) + " '" + text + "' is not a time such as 2s, 500ms, 00:01:02.5 or 50f");
+    return *time;
+}
+
+uint32_t parse_color(const std::string& text) {
+    const std::string digits = text.starts_with('#') ? text.substr(1) : text;
+    if (digits.size() != 6 || digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
+        refuse("--color '" + text + "' is not a colour such as FF8000");
+    return static_cast<uint32_t>(std::stoul(digits, nullptr, 16));
+}
+
+bool same_file(const fs::path& one, const fs::path& other) {
+    std::error_code ignored;
+    if (fs::equivalent(one, other, ignored))
+        return true;
+    return fs::weakly_canonical(fs::absolute(one), ignored) == fs::weakly_canonical(fs::absolute(other), ignored);
+}
+
+void refuse_same_file(const fs::path& output, const fs::path& other, const char* what) {
+    if (same_file(output, other))
+        refuse(output.string() + ": the output would replace " + what);
+}
+
+}  // namespace
+
+CommandLine parse_command_line(std::vector<std::string> arguments) {
+    Options options;
+    std::string input_a, input_b, output, sheet, effect, duration, at, color = "FFFFFF", ease = "linear",
+                                                                       fields = "auto";
+    double feather = kDefaultFeatherPx;
+
+    CLI::App app(
+        "Joins two videos by a transition: the first one up to --at, then both for --duration, then the second.",
+        "zepbmp-transition");
+    app.set_version_flag("--version", "zepbmp-transition " ZEPBMP_TOOL_VERSION);
+    app.footer(kExamples);
+    app.get_formatter()->column_width(28);
+    app.add_option("A", input_a, "first video; the output has its size, frame rate and fields")->required();
+    app.add_option("B", input_b, "second video; scaled to the first one's size")->required();
+    app.add_option("-o,--output", output, "video to write; the ending decides the container")
+        ->required()
+        ->type_name("FILE");
+    app.add_option("--effect", effect, "crossfade, box, circle or band")->required()->type_name("NAME");
+    app.add_option("--duration", duration, "length of the transition")->required()->type_name("TIME");
+    CLI::Option* const at_option =
+        app.add_option("--at", at, "where it begins in A (as late as possible if not given)")->type_name("TIME");
+    CLI::Option* const feather_option =
+        app.add_option("--feather", feather, "width of the soft edge of box, circle, band; 0 = hard (32)")
+            ->type_name("PX");
+    CLI::Option* const color_option =
+        app.add_option("--color", color, "colour of the band (FFFFFF)")->type_name("RRGGBB");
+    app.add_option("--ease", ease, "linear or cosine: course of the motion and of the soft edge (linear)")
+        ->type_name("NAME");
+    app.add_option("--fields", fields, "auto, top, bottom or progressive: which field is first (auto: as flagged)")
+        ->type_name("NAME");
+    CLI::Option* const sheet_option =
+        app.add_option("--sheet", sheet, "also write a contact sheet of the transition")->type_name("PNG");
+    app.add_flag("-y,--overwrite", options.overwrite, "replace output files that exist");
+
+    try {
+        std::reverse(arguments.begin(), arguments.end());
+        app.parse(arguments);
+    } catch (const CLI::CallForHelp&) {
+        return {std::nullopt, app.help()};
+    } catch (const CLI::CallForVersion&) {
+        return {std::nullopt, app.version() + "\n"};
+    } catch (const CLI::ParseError& error) {
+        std::string message = error.what();
+        if (const size_t end = message.find('\n'); end != std::string::npos)
+            message.resize(end);
+        refuse(message + " (see --help)");
+    }
+
+    options.input_a = input_a;
+    options.input_b = input_b;
+    options.output = output;
+    options.effect = choose("effect", effect, kEffects);
+    options.ease = choose("ease", ease, kEases);
+    options.fields = choose("field order", fields, kFields);
+    options.duration = time_option("--duration", duration);
+    if (options.duration.value <= 0)
+        refuse("--duration must be longer than nothing");
+    if (*at_option)
+        options.at = time_option("--at", at);
+    if (!(feather >= 0 && feather <= kWidestFeatherPx))
+        refuse("--feather must lie between 0 and 4096 pixels");
+    if (*feather_option && options.effect == EffectKind::kCrossfade)
+        refuse("--feather has no meaning for a crossfade");
+    if (*color_option && options.effect != EffectKind::kBand)
+        refuse("--color has a meaning for --effect band only");
+    options.feather_px = feather;
+    options.color_rgb = parse_color(color);
+    refuse_same_file(options.output, options.input_a, "the first video");
+    refuse_same_file(options.output, options.input_b, "the second video");
+    if (*sheet_option) {
+        options.sheet = sheet;
+        refuse_same_file(*options.sheet, options.input_a, "the first video");
+        refuse_same_file(*options.sheet, options.input_b, "the second video");
+        refuse_same_file(*options.sheet, options.output, "the video just written");
+    }
+    return {options, {}};
+}
+
+}  // namespace zepbmp::transition

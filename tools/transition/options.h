@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "effect.h"
+#include "timeline.h"
+
+namespace zepbmp::transition {
+
+enum class FieldChoice { kAuto, kTop, kBottom, kProgressive };
+
+struct Options {
+    std::filesystem::path input_a;
+    std::filesystem::path input_b;
+    std::filesystem::path output;
+    std::optional<std::filesystem::path> sheet;
+    EffectKind effect = EffectKind::kCrossfade;
+    TimeValue duration;
+    std::optional<TimeValue> at;
+    double feather_px = 0;
+    uint32_t color_rgb = 0;
+    Ease ease = Ease::kLinear;
+    FieldChoice fields = FieldChoice::kAuto;
+    bool overwrite = false;
+};
+
+/// What the command line asks for: a run, or a text to print (--help, --version).
+struct CommandLine {
+    std::optional<Options> run;
+    std::string text;
+};
+
+/// Reads and checks a command line, without the program's name. Throws Error (kExitRefused) with a line that says what
+/// is wrong. Looks at the files only as far as telling whether outputs would replace inputs.
+CommandLine parse_command_line(std::vector<std::string> arguments);
+
+}  // namespace zepbmp::transition

@@ -1,0 +1,53 @@
+#include "output_file.h"
+
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "error.h"
+
+namespace zepbmp::transition {
+
+namespace fs = std::filesystem;
+
+OutputFile::OutputFile(const fs::path& place, bool overwrite) : overwrite_(overwrite) {
+    std::error_code ignored;
+    const fs::path target = fs::canonical(place, ignored);  // through symbolic links; empty when nothing is there
+    place_ = target.empty() ? place : target;
+    if (fs::exists(place_, ignored)) {
+        if (!fs::is_regular_file(place_, ignored))
+            throw Error(place.string() + ": is not a plain file", kExitRefused);
+        if (!overwrite)
+            throw Error(place.string() + ": exists already; give -y to overwrite it", kExitRefused);
+    }
+    temporary_name_ = (place_.parent_path() / ("." + place_.filename().string() + ".XXXXXX")).string();
+    const int file = mkstemp(temporary_name_.data());
+    if (file < 0)
+        throw Error(place.string() + ": cannot be written: " + std::strerror(errno), kExitRefused);
+    const mode_t mask = umask(0);
+    umask(mask);
+    fchmod(file, 0666 & ~mask);
+    close(file);
+}
+
+OutputFile::~OutputFile() {
+    if (!committed_)
+        unlink(temporary_name_.c_str());
+}
+
+void OutputFile::commit() {
+    const char* from = temporary_name_.c_str();
+    int result = renameat2(AT_FDCWD, from, AT_FDCWD, place_.c_str(), overwrite_ ? 0 : RENAME_NOREPLACE);
+    if (result != 0 && errno == EINVAL)  // a file system that knows no RENAME_NOREPLACE
+        result = rename(from, place_.c_str());
+    if (result != 0)
+        throw Error(place_.string() + ": cannot be put in place: " + std::strerror(errno));
+    committed_ = true;
+}
+
+}  // namespace zepbmp::transition
