@@ -1,5 +1,5 @@
 # Compiler flags.
-#   zepbmp_project_flags(target)   for all code of the project: warnings are errors, no contraction, sanitizers, coverage
+#   zepbmp_project_flags(target)   for all code of the project: warnings are errors, no contraction
 #   zepbmp_library_flags(target)   the library itself besides: no exceptions, no RTTI, nothing visible but what says so
 #   zepbmp_set_flags(out set)      the flags of an instruction set
 

@@ -29,9 +29,9 @@ if(WIN32)
     set_target_properties(zepbmp PROPERTIES PREFIX "" LINK_DEPENDS ${zepbmp_def})
     target_link_options(zepbmp PRIVATE ${zepbmp_def})
 
-    # Import libraries, one for each of the common linkers. What the MinGW linker makes by itself resolves other symbols than
-    # hosts refer to, because these exports carry their underscore; so it is replaced. The Microsoft-style linker makes its
-    # import library only beside a DLL: that one is made of empty functions and is not used for anything.
+    # Import libraries, one for each of the common linkers. What the MinGW linker makes by itself resolves other symbols
+    # than hosts refer to, because these exports carry their underscore; so it is replaced. The Microsoft-style linker
+    # makes its import library only beside a DLL: that one is made of empty functions and is not used for anything.
     find_program(ZEPBMP_LLD_LINK NAMES lld-link lld-link-14 HINTS /usr/lib/llvm-14/bin REQUIRED
         DOC "Makes zepbmp.lib, the import library for Microsoft-style linkers (package lld)")
     file(READ ${zepbmp_def} zepbmp_names)
@@ -47,8 +47,8 @@ if(WIN32)
         COMMAND ${CMAKE_DLLTOOL} --no-leading-underscore --input-def import.def --dllname $<TARGET_FILE_NAME:zepbmp>
                 --output-lib $<TARGET_LINKER_FILE_NAME:zepbmp>
         COMMAND ${CMAKE_CXX_COMPILER} -c import.s -o import.obj
-        COMMAND ${ZEPBMP_LLD_LINK} /nologo /dll /noentry /machine:x86 /safeseh:no /nodefaultlib /def:import.def import.obj
-                /out:import.dll /implib:zepbmp.lib
+        COMMAND ${ZEPBMP_LLD_LINK} /nologo /dll /noentry /machine:x86 /safeseh:no /nodefaultlib
+                /def:import.def import.obj /out:import.dll /implib:zepbmp.lib
         COMMAND ${CMAKE_COMMAND} -E rm import.obj import.dll
         BYPRODUCTS ${ZEPBMP_MSVC_IMPORT_LIBRARY}
         COMMENT "Making the import libraries" VERBATIM)

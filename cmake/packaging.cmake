@@ -1,4 +1,5 @@
-# What `cmake --install` lays out: header, libraries, a CMake package (zepbmp::zepbmp, zepbmp::zepbmp_static), pkg-config.
+# What `cmake --install` lays out: header, libraries, a CMake package (zepbmp::zepbmp, zepbmp::zepbmp_static),
+# pkg-config.
 include(CMakePackageConfigHelpers)
 
 install(FILES include/zepbmp.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

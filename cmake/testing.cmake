@@ -8,8 +8,8 @@
 
 set(ZEPBMP_GOOGLETEST /usr/src/googletest CACHE PATH "GoogleTest's source tree")
 if(NOT EXISTS ${ZEPBMP_GOOGLETEST}/CMakeLists.txt)
-    message(FATAL_ERROR "No GoogleTest in ${ZEPBMP_GOOGLETEST}: install the package 'googletest', set ZEPBMP_GOOGLETEST, "
-        "or build without tests (ZEPBMP_TESTS=OFF)")
+    message(FATAL_ERROR "No GoogleTest in ${ZEPBMP_GOOGLETEST}: install the package 'googletest', "
+        "set ZEPBMP_GOOGLETEST, or build without tests (ZEPBMP_TESTS=OFF)")
 endif()
 # From source, so that it is built with each target's own flags.
 set(INSTALL_GTEST OFF)
@@ -50,14 +50,15 @@ function(zepbmp_add_test name)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
 
     # A program on Windows or under an emulator cannot be given absolute paths of this system everywhere.
-    add_test(NAME ${name} COMMAND ${name} --gtest_output=xml:results/${name}.xml WORKING_DIRECTORY ${PROJECT_BINARY_DIR})
+    add_test(NAME ${name} WORKING_DIRECTORY ${PROJECT_BINARY_DIR}
+        COMMAND ${name} --gtest_brief=1 --gtest_output=xml:results/${name}.xml)
     set_tests_properties(${name} PROPERTIES TIMEOUT ${test_TIMEOUT})
 
     if(ZEPBMP_32BIT AND NOT WIN32 AND NOT test_NATIVE_ONLY)
         foreach(processor IN LISTS zepbmp_processors)
             set(run ${name}.${processor})
             add_test(NAME ${run} WORKING_DIRECTORY ${PROJECT_BINARY_DIR}
-                COMMAND ${ZEPBMP_QEMU} -cpu ${zepbmp_cpu_${processor}} $<TARGET_FILE:${name}>
+                COMMAND ${ZEPBMP_QEMU} -cpu ${zepbmp_cpu_${processor}} $<TARGET_FILE:${name}> --gtest_brief=1
                         --gtest_output=xml:results/${run}.xml)
             set_tests_properties(${run} PROPERTIES TIMEOUT ${test_TIMEOUT} LABELS emulated ENVIRONMENT
                 "ZEPBMP_TEST_ROUNDS=2;ZEPBMP_EXPECT_CPU_LEVEL=${zepbmp_level_${processor}}")

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Checks that no object file of the library holds an instruction above its level, and that per-set files share nothing.
 
-A processor faults at the first instruction that it lacks, so the base objects keep to the baseline of their target (32 bits:
-i686 without MMX and SSE; 64 bits: SSE2), and a file named after an instruction set keeps to that set. An inline function
-that a per-set file shared with baseline code would be kept once by the linker, maybe in its wide form: so a per-set object
-defines no weak symbol and no COMDAT section.
+A processor faults at the first instruction that it lacks, so the base objects keep to the baseline of their target
+(32 bits: i686 without MMX and SSE; 64 bits: SSE2), and a file named after an instruction set keeps to that set. An
+inline function that a per-set file shared with baseline code would be kept once by the linker, maybe in its wide form:
+so a per-set object defines no weak symbol and no COMDAT section.
 
 usage: check_objects.py --bits 32|64 --objdump PROGRAM --nm PROGRAM LIST      (LIST: a file with one object path a line)
        check_objects.py --self-test --assembler PROGRAM --objdump PROGRAM --nm PROGRAM
@@ -28,27 +28,35 @@ NAMES = ["base", "MMX", "MMX extensions", "SSE", "SSE2", "AVX2", "AVX-512", "a s
 LEVEL_OF_FILE = {"mmx": MMX, "mmxext": MMXEXT, "sse2": SSE2, "avx2": AVX2, "avx512": AVX512}
 
 MMX_INSTRUCTIONS = set(
-    """emms movd movq packssdw packsswb packuswb paddb paddd paddsb paddsw paddusb paddusw paddw pand pandn pcmpeqb pcmpeqd
-    pcmpeqw pcmpgtb pcmpgtd pcmpgtw pmaddwd pmulhw pmullw por pslld psllq psllw psrad psraw psrld psrlq psrlw psubb psubd
-    psubsb psubsw psubusb psubusw psubw punpckhbw punpckhdq punpckhwd punpcklbw punpckldq punpcklwd pxor""".split())
+    """emms movd movq packssdw packsswb packuswb paddb paddd paddsb paddsw paddusb paddusw paddw pand pandn pcmpeqb
+    pcmpeqd pcmpeqw pcmpgtb pcmpgtd pcmpgtw pmaddwd pmulhw pmullw por pslld psllq psllw psrad psraw psrld psrlq psrlw
+    psubb psubd psubsb psubsw psubusb psubusw psubw punpckhbw punpckhdq punpckhwd punpcklbw punpckldq punpcklwd
+    pxor""".split())
 MMXEXT_INSTRUCTIONS = set(
     """maskmovq movntq pavgb pavgw pextrw pinsrw pmaxsw pmaxub pminsw pminub pmovmskb pmulhuw psadbw pshufw""".split())
 # Instructions that name no vector register.
 BARE_LEVEL = {"emms": MMX, "sfence": MMXEXT, "prefetchnta": MMXEXT, "prefetcht0": MMXEXT, "prefetcht1": MMXEXT,
               "prefetcht2": MMXEXT, "ldmxcsr": SSE, "stmxcsr": SSE, "fxsave": SSE, "fxrstor": SSE, "lfence": SSE2,
               "mfence": SSE2, "movnti": SSE2, "clflush": SSE2, "vzeroupper": AVX2, "vzeroall": AVX2}
-SSE_ONLY = re.compile(r"^(mov[ahlu]?[hl]?ps|movss|(add|sub|mul|div|sqrt|min|max|and|andn|or|xor|rsqrt|rcp|cmp\w*|"
-                            r"shuf|unpck[hl]|movmsk|movnt|movlh|movhl|u?comi)(ps|ss)?|cvt(t?[ps]s2[ps]?i|[ps]i2[ps]s)l?)$")
-# Not among them: tzcnt, which compilers write for the plain bsf of a value that is not 0; older processors run it as bsf.
+SSE_ONLY = re.compile(
+    r"^(mov[ahlu]?[hl]?ps|movss|"
+    r"(add|sub|mul|div|sqrt|min|max|and|andn|or|xor|rsqrt|rcp|cmp\w*|shuf|unpck[hl]|movmsk|movnt|movlh|movhl|u?comi)"
+    r"(ps|ss)?|cvt(t?[ps]s2[ps]?i|[ps]i2[ps]s)l?)$")
+# Not among them: tzcnt, which compilers write for the bsf of a value that is not 0; older processors run it as bsf.
 ABOVE_ALWAYS = re.compile(
-    r"^(addsub\w+|h(add|sub)p[sd]|lddqu|movddup|movs[hl]dup|fisttp\w*|monitor|mwait|pshufb|ph(add|sub)\w+|pmaddubsw|psign.|"
-    r"pmulhrsw|palignr|pabs.|p?blend\w+|dpp[sd]|extractps|insertps|movntdqa|mpsadbw|packusdw|pcmp[eg][qt]q|pextr[bdq]|"
-    r"phminposuw|pinsr[bdq]|p(max|min)(sb|sd|ud|uw)|pmov[sz]x\w+|pmuldq|pmulld|ptest|round[ps][sd]|pcmp[ei]str\w|crc32\w?|"
-    r"popcnt\w?|lzcnt\w?|andn[lq]?|bextr\w?|bls(i|r|msk)\w?|bzhi\w?|pdep\w?|pext\w?|mulx\w?|rorx\w?|s(ar|hl|hr)x\w?|"
-    r"aes\w+|pclmul\w+|sha(1|256)\w+|movbe\w?|ad[co]x\w?|rd(rand|seed)\w?|x(get|set)bv|xsave\w*|xrstor\w*|prefetchw\w*|"
-    r"clflushopt|clwb|vf?n?m(add|sub)\w+|vpdp\w+|vpmadd52\w+|vcvtph2ps|vcvtps2ph|vpermi?t?2?b|vpmultishiftqb|cmpxchg16b)$")
+    r"^(addsub\w+|h(add|sub)p[sd]|lddqu|movddup|movs[hl]dup|fisttp\w*|monitor|mwait|"                     # SSE3
+    r"pshufb|ph(add|sub)\w+|pmaddubsw|psign.|pmulhrsw|palignr|pabs.|"                                      # SSSE3
+    r"p?blend\w+|dpp[sd]|extractps|insertps|movntdqa|mpsadbw|packusdw|pcmpeqq|pextr[bdq]|phminposuw|"      # SSE4.1
+    r"pinsr[bdq]|p(max|min)(sb|sd|ud|uw)|pmov[sz]x\w+|pmuldq|pmulld|ptest|round[ps][sd]|"
+    r"pcmpgtq|pcmp[ei]str\w|crc32\w?|popcnt\w?|"                                                           # SSE4.2
+    r"lzcnt\w?|andn[lq]?|bextr\w?|bls(i|r|msk)\w?|bzhi\w?|pdep\w?|pext\w?|mulx\w?|rorx\w?|s(ar|hl|hr)x\w?|"  # BMI
+    r"aes\w+|pclmul\w+|sha(1|256)\w+|movbe\w?|ad[co]x\w?|rd(rand|seed)\w?|x(get|set)bv|xsave\w*|xrstor\w*|"
+    r"prefetchw\w*|clflushopt|clwb|cmpxchg16b|"
+    r"vf?n?m(add|sub)\w+|vcvtph2ps|vcvtps2ph|"                                                             # FMA, F16C
+    r"vpdp\w+|vpmadd52\w+|vpermi?t?2?b|vpmultishiftqb)$")  # AVX-512 VNNI, IFMA, VBMI
 # Begin with v and are no vector instructions.
-SYSTEM_V = re.compile(r"^(ver[rw]|vm(call|clear|func|launch|mcall|ptrld|ptrst|read|resume|write|xoff|xon|load|save|run))$")
+SYSTEM_V = re.compile(
+    r"^(ver[rw]|vm(call|clear|func|launch|mcall|ptrld|ptrst|read|resume|write|xoff|xon|load|save|run))$")
 INSTRUCTION = re.compile(r"^\s*[0-9a-f]+:\t((?:[0-9a-f]{2} )+)\s*\t(.*)$")
 PREFIX_WORDS = {"rep", "repz", "repnz", "repe", "repne", "lock", "data16", "addr32", "addr16", "notrack", "bnd",
                 "cs", "ds", "es", "fs", "gs", "ss", "{vex}", "{vex3}", "{evex}"}
@@ -123,8 +131,8 @@ def check_object(path, bits, objdump, nm):
             kind, symbol = line.split()[-2:]
             if kind in "wWvVu":
                 lines.append(f"{path}: weak symbol in a per-set file: {symbol}")
-        # In COFF the same is a COMDAT section. (In ELF it is both; the thunks of 32-bit position-independent code, which are
-        # one plain move, are COMDAT without being weak.)
+        # In COFF the same is a COMDAT section. (In ELF it is both; the thunks of 32-bit position-independent code,
+        # which are one plain move, are COMDAT without being weak.)
         for line in run(objdump, "-h", "-w", path).splitlines():
             if "LINK_ONCE" in line and " .group " not in line:
                 lines.append(f"{path}: COMDAT section in a per-set file: {line.split()[1]}")

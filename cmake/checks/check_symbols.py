@@ -105,7 +105,8 @@ def check_dll(arguments, functions):
 
 
 def check_implib(arguments, functions):
-    symbols = {line.split()[-1] for line in run(arguments.nm, arguments.file).splitlines() if " T " in line or " I " in line}
+    listing = run(arguments.nm, arguments.file).splitlines()
+    symbols = {line.split()[-1] for line in listing if " T " in line or " I " in line}
     wanted = decorated(functions)
     return compare("symbol", [name for name in symbols if re.match(r"^(__imp_)?_?bmp_", name)],
                    wanted + ["__imp_" + name for name in wanted])

@@ -4,8 +4,9 @@
 #   wine_environment   sets the environment and $wine_loader; fails when wine_setup has not been run
 #   wine_start         starts Wine's server, after wine_environment
 #
-# Debian's own wine32 package is used where it installs beside the 64-bit ones. Where apt refuses that, the same packages
-# of the release's main suite are unpacked into the cache folder, and run from there: that needs neither root nor a chroot.
+# Debian's own wine32 package is used where it installs beside the 64-bit ones. Where apt refuses that, the same
+# packages of the release's main suite are unpacked into the cache folder, and run from there: that needs neither root
+# nor a chroot.
 
 zepbmp_cache=${XDG_CACHE_HOME:-${HOME:-/tmp}/.cache}/zepbmp
 wine_root=$zepbmp_cache/wine-root
@@ -53,8 +54,8 @@ wine_setup() {
     ) 9>"$zepbmp_cache/wine.lock"
 }
 
-# Starts Wine's server and services where they do not run, to end a minute after their last use. A program that started them
-# itself would hand them its output, and whoever reads that would wait for them.
+# Starts Wine's server and services where they do not run, to end a minute after their last use. A program that started
+# them itself would hand them its output, and whoever reads that would wait for them.
 wine_start() {
     local status=0
     (
