@@ -93,9 +93,10 @@ struct TwoBytes {  ///< 8-bit weights of YUY2
 
 uint8_t* group(uint8_t* line, int32_t x) { return line + 4 * static_cast<ptrdiff_t>(x); }
 
-/// Groups x .. end-1 of one line.
+/// Groups x .. end-1 of one line. Inlined, so that the running pointers stay in registers: stores of bytes may alias
+/// whatever lies in memory.
 template <class L, class At, class Step>
-void write_cached(const Step& step, uint8_t* dst, int32_t x, int32_t end) {
+__attribute__((always_inline)) inline void write_cached(Step step, uint8_t* dst, int32_t x, int32_t end) {
     for (; x <= end - L::kDwords; x += L::kDwords) {
         if constexpr (__is_same(At, WholeAligned))
             L::store_aligned(group(dst, x), step.at(At{x}));

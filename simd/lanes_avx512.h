@@ -18,7 +18,11 @@ struct Lanes512 {
     static constexpr int kDwords = kBytes / 4;
     static constexpr bool kStreams = true;
 
-    static V load(const void* p) { return _mm512_loadu_si512(p); }
+    static V load(const void* p) {
+        V v = _mm512_loadu_si512(p);
+        asm("" : "+v"(v));  // GCC 12 would load it again for every use
+        return v;
+    }
     static V load_aligned(const void* p) { return load(p); }
     static void store(void* p, V v) { _mm512_storeu_si512(p, v); }
     static void store_aligned(void* p, V v) { store(p, v); }
