@@ -4,7 +4,7 @@
 
 namespace zepbmp {
 
-ComposeSlots compose_slot = kComposePlain;
+constinit ComposeSlots compose_slot{};
 
 namespace {
 

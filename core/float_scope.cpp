@@ -11,9 +11,9 @@ constexpr uint16_t kX87Double = 0x027f;  // 53 bits, nearest, every exception ma
 }  // namespace
 
 #if defined(__x86_64__)
-bool kernels_use_sse_floats = true;
+constinit bool kernels_use_sse_floats = true;
 #else
-bool kernels_use_sse_floats = false;
+constinit bool kernels_use_sse_floats = false;
 #endif
 
 FloatScope::FloatScope() : mxcsr_(0) {

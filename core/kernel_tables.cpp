@@ -16,7 +16,7 @@ constexpr int kWidestBuilt = 64;
 constexpr int kWidestBuilt = 32;
 #endif
 
-int measured_register_bytes = 8;
+constinit int measured_register_bytes = 8;
 
 }  // namespace
 

@@ -1,5 +1,6 @@
 /// \file
-/// The kernel tables: filled once at load, before any export can run, and only read afterwards.
+/// The kernel tables: filled once at load, before any export can run, and only read afterwards. Load fills them from a
+/// constructor, so nothing in the library may have a dynamic initialiser: it could run later and undo that.
 ///
 /// The selection tables, which say what goes where, stand with the kernels that they select from:
 /// compose/compose_table.cpp, mapping/polygon/span_table.cpp, core/line_table.cpp, shapes/shape_table.cpp.

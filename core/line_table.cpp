@@ -4,8 +4,8 @@
 
 namespace zepbmp {
 
-LineKernels line_kernels = kLinePlain;
-size_t stream_threshold_bytes = SIZE_MAX;
+constinit LineKernels line_kernels{};
+constinit size_t stream_threshold_bytes = SIZE_MAX;
 
 void fill_line_kernels(int level, int register_bytes) {
     // clang-format off

@@ -4,7 +4,7 @@
 
 namespace zepbmp {
 
-ShapeKernels shape_kernels = kShapesPlain;
+constinit ShapeKernels shape_kernels{};
 
 void fill_shape_kernels(int level, int register_bytes) {
     // clang-format off

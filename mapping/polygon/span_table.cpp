@@ -4,7 +4,7 @@
 
 namespace zepbmp {
 
-SpanKernel span_group[kSpanGroups][kSpanFilters] = {};
+constinit SpanKernel span_group[kSpanGroups][kSpanFilters]{};
 
 // Polygon mapping brings the kernels; until a group has some its cells are null, and no export reaches them.
 //
