@@ -1,0 +1,42 @@
+/// \file
+/// Checks a subject's bytes, then times them.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "subject.h"
+
+namespace zepbmp::bench {
+
+enum class RowKind { kKernels, kYardstick, kPeer };
+
+/// One who did the job, and how long a call took in each repetition.
+struct Row {
+    std::string name;
+    RowKind kind;
+    int register_bytes = 0;  ///< of the kernel set; 0 for level 0 and for others
+    std::vector<double> seconds = {};
+};
+
+/// A kernel set writes other bytes than it should. Nothing of the subject was timed.
+struct WrongBytes : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct Effort {
+    int repetitions;
+    double seconds;  ///< of processor time, the least that a repetition takes
+};
+
+/// Once, before the first measurement.
+void prepare_measurements();
+
+/// Runs every kernel set of this machine, the yardstick and the peers, their repetitions shuffled among each other.
+/// `copy` gets what Google Benchmark reports, or is null.
+std::vector<Row> measure(const Subject& subject, Effort effort, benchmark::BenchmarkReporter* copy);
+
+}  // namespace zepbmp::bench

@@ -1,0 +1,82 @@
+// The library's meaning, written out once more for the tests: one pixel and one byte at a time, nothing shared with
+// the library but its public header. Slow on purpose.
+//
+// Floating point is double with one rounding per operation. A build that computes on the x87 keeps its control word at
+// 53-bit precision and round to nearest; no build of this code may contract or reassociate.
+//
+// SPDX-License-Identifier: MIT
+#ifndef ZEPBMP_TESTS_MODEL_MODEL_H
+#define ZEPBMP_TESTS_MODEL_MODEL_H
+
+#include <cstdint>
+
+#include "zepbmp.h"
+
+namespace model {
+
+// ---------------------------------------------------------------- the exports, arguments as in zepbmp.h
+
+Bitmap* bmp_create(int32_t width, int32_t height, int32_t format, uint32_t flags);
+void bmp_destroy(Bitmap* bitmap);
+uint8_t* bmp_pointer(const Bitmap* bitmap, int32_t x, int32_t y);
+
+void bmp_clear(Bitmap* bitmap, uint32_t flags);
+void bmp_copy(Bitmap* destination, const Bitmap* source, uint32_t flags);
+// Follows the written clipping with sums that wrap. A width or height below 1 together with a destination so far out
+// that its sum wraps reads outside the source: give positive sizes.
+void bmp_blt(Bitmap* destination, int32_t dest_x, int32_t dest_y, int32_t width, int32_t height, const Bitmap* source,
+             int32_t src_x, int32_t src_y, uint32_t flags);
+void bmp_interporate(Bitmap* destination, const Bitmap* source, uint32_t flags);
+
+// cpu_level 0: the reference arithmetic; 1 to 4: the arithmetic of the vector columns, one and the same for all four.
+int32_t bmp_compose(Bitmap* dest, const Bitmap* src1, const Bitmap* src2, const void* mask, uint32_t flags,
+                    int cpu_level);
+int32_t bmp_compose_color(Bitmap* dest, const Bitmap* src1, const Bitmap* src2, const Bitmap* mask1,
+                          const Bitmap* mask2, uint32_t color, uint32_t flags, int cpu_level);
+
+void bmp_alpha_rect(Bitmap* bitmap, float x, float y, float width, float height, float radius_x, float radius_y,
+                    uint32_t flags);
+void bmp_alpha_circle(Bitmap* bitmap, float cx, float cy, float radius, float feather, float aspect, uint32_t flags);
+
+// ---------------------------------------------------------------- the kernels' arithmetic, one byte each
+//
+// p1, p2      the byte of the first and of the second source
+// colour      the colour's byte that belongs to this channel
+// _reference  level 0; _vector: levels 1 to 4
+
+// Two sources under a 16-bit weight; w belongs to p2.
+uint8_t mix_w16_reference(uint8_t p1, uint8_t p2, uint16_t w);
+uint8_t mix_w16_vector(uint8_t p1, uint8_t p2, uint16_t w);
+
+// Two sources under a byte weight, 128 = full; w belongs to p2.
+uint8_t mix_a8_reference(uint8_t p1, uint8_t p2, uint8_t w);
+uint8_t mix_a8_vector(uint8_t p1, uint8_t p2, uint8_t w);
+
+// Two sources under a pair of constant weights, 4096 - level and level.
+uint8_t mix_level_reference(uint8_t p1, int32_t weight1, uint8_t p2, int32_t weight2);
+uint8_t mix_level_vector(uint8_t p1, int32_t weight1, uint8_t p2, int32_t weight2);
+
+// Colour band between the weights a and b: p2 gets a, the colour b - a, p1 4096 - b.
+uint8_t band_rgbq_reference(uint8_t p1, uint8_t p2, uint8_t colour, uint16_t a, uint16_t b);
+uint8_t band_rgbq_vector(uint8_t p1, uint8_t p2, uint8_t colour, uint16_t a, uint16_t b);
+uint8_t band_luma_reference(uint8_t p1, uint8_t p2, uint8_t colour, uint16_t a, uint16_t b);
+uint8_t band_luma_vector(uint8_t p1, uint8_t p2, uint8_t colour, uint16_t a, uint16_t b);
+uint8_t band_chroma_reference(uint8_t p1, uint8_t p2, uint8_t colour, uint16_t a0, uint16_t a1, uint16_t b0,
+                              uint16_t b1);
+uint8_t band_chroma_vector(uint8_t p1, uint8_t p2, uint8_t colour, uint16_t a0, uint16_t a1, uint16_t b0, uint16_t b1);
+
+// One source over a colour: the source gets w, the colour 4096 - w. The RGBQ form is the same at every level.
+uint8_t colour_rgbq(uint8_t p, uint8_t colour, uint16_t w);
+uint8_t colour_luma_reference(uint8_t p, uint8_t colour, uint16_t w);
+uint8_t colour_luma_vector(uint8_t p, uint8_t colour, uint16_t w);
+uint8_t colour_chroma_reference(uint8_t p, uint8_t colour, uint16_t w0, uint16_t w1);
+uint8_t colour_chroma_vector(uint8_t p, uint8_t colour, uint16_t w0, uint16_t w1);
+
+// ---------------------------------------------------------------- ramps of the soft circle, k = 0 (edge) .. 1024
+
+uint16_t linear_ramp(int32_t k);
+uint16_t cosine_ramp(int32_t k);
+
+}  // namespace model
+
+#endif  // ZEPBMP_TESTS_MODEL_MODEL_H

@@ -1,0 +1,185 @@
+#include "corpus.h"
+
+#include <cstdio>
+
+#include "library.h"
+#include "owned_bitmap.h"
+
+namespace zepbmp::test {
+namespace {
+
+/// 64-bit FNV-1a.
+class Hash {
+public:
+    void add(std::span<const uint8_t> bytes) {
+        for (const uint8_t byte : bytes) value_ = (value_ ^ byte) * 0x100000001b3;
+    }
+    void add(uint32_t word) {
+        for (int k = 0; k < 4; ++k) value_ = (value_ ^ (word >> 8 * k & 0xff)) * 0x100000001b3;
+    }
+    void add(const OwnedBitmap& bitmap) { add(lines_of(bitmap.get())); }
+    uint64_t value() const { return value_; }
+
+private:
+    uint64_t value_ = 0xcbf29ce484222325;
+};
+
+struct Size {
+    int width, height;
+};
+
+Size some_size(Random& random, int call) {
+    return call % 16 == 0 ? Size{random.between(300, 720), random.between(2, 30)} : Size{random.between(1, 90), random.between(1, 12)};
+}
+
+OwnedBitmap noise(Random& random, Size size, int format) { return make_noise(size.width, size.height, format, random.next()); }
+
+OwnedBitmap some_weights(Random& random, Size size) {
+    OwnedBitmap map = make_bitmap(size.width, size.height, BMP_FMT_PWRW);
+    fill_weights(random, lines_of(map.get()));
+    return map;
+}
+
+OwnedBitmap some_masks(Random& random, Size size) {
+    OwnedBitmap map = make_bitmap(size.width, size.height, BMP_FMT_A8);
+    fill_masks(random, lines_of(map.get()));
+    return map;
+}
+
+uint32_t some_field(Random& random) { return random.pick({0u, 0u, 1u, 2u, 3u}); }
+
+constexpr int kCalls = 160;
+
+uint64_t bitmaps() {
+    Hash hash;
+    Random random(11);
+    for (int call = 0; call < kCalls; ++call) {
+        const int width = random.between(0, 300), height = random.between(0, 40), format = random.between(0, 9);
+        const uint32_t flags = BMP_CREATE_ZERO | random.below(4);
+        const OwnedBitmap bitmap = make_bitmap(width, height, format, flags);
+        for (const uint32_t word : {static_cast<uint32_t>(bitmap->width), static_cast<uint32_t>(bitmap->height),
+                                    static_cast<uint32_t>(bitmap->pitch), static_cast<uint32_t>(bitmap->bit_count), bitmap->fourcc,
+                                    bitmap->interlace, bitmap->reserved, static_cast<uint32_t>(bitmap->bytes_per_pixel),
+                                    bitmap->create_flags, bitmap->format})
+            hash.add(word);
+        const int x = random.between(-100, 400), y = random.between(-100, 100);
+        hash.add(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(library().pointer(bitmap.get(), x, y)) -
+                                       reinterpret_cast<uintptr_t>(bitmap->pixels)));
+        hash.add(bitmap);
+    }
+    return hash.value();
+}
+
+uint64_t copies() {
+    Hash hash;
+    Random random(12);
+    for (int call = 0; call < kCalls; ++call) {
+        const int format = random.between(0, 7);
+        const Size size = some_size(random, call), other = some_size(random, call + 1);
+        const OwnedBitmap a = noise(random, size, format), b = noise(random, size, format), c = noise(random, other, format);
+        library().clear(a.get(), some_field(random));
+        hash.add(a);
+        library().copy(a.get(), b.get(), some_field(random));
+        hash.add(a);
+        library().interporate(a.get(), (random.chance(50) ? a : b).get(), random.below(4));
+        hash.add(a);
+        const int x = random.between(-20, 60), y = random.between(-3, 9), width = random.between(1, 90), height = random.between(1, 14);
+        const int src_x = random.between(-20, 60), src_y = random.between(-3, 9);
+        library().blt(a.get(), x, y, width, height, c.get(), src_x, src_y, some_field(random));
+        hash.add(a);
+        library().blt(b.get(), x, y, width, height, b.get(), src_x, src_y, some_field(random));
+        hash.add(b);
+    }
+    return hash.value();
+}
+
+enum class Mix { kWeights, kMasks, kLevel, kColor, kBand };
+
+uint64_t compose(int format, Mix mix) {
+    Hash hash;
+    Random random(13 + static_cast<uint64_t>(format) * 10 + static_cast<uint64_t>(mix));
+    for (int call = 0; call < kCalls; ++call) {
+        const Size size = some_size(random, call);
+        const OwnedBitmap dest = noise(random, size, format), a = noise(random, size, format), b = noise(random, size, format);
+        const OwnedBitmap w1 = some_weights(random, size), w2 = some_weights(random, size), masks = some_masks(random, size);
+        const uint32_t field = some_field(random), color = static_cast<uint32_t>(random.next());
+        const int level = call % 3 ? random.between(0, 4096) : random.pick({0, 1, 2048, 4095, 4096, 5000, -1, 32768});
+        const OwnedBitmap& first = random.chance(20) ? dest : a;
+        switch (mix) {
+        case Mix::kWeights: library().compose(dest.get(), first.get(), b.get(), w1.get(), field); break;
+        case Mix::kMasks: library().compose(dest.get(), first.get(), b.get(), masks.get(), field); break;
+        case Mix::kLevel:
+            library().compose(dest.get(), first.get(), b.get(), BMP_INTEGER(level), field | BMP_COMPOSE_LEVEL);
+            break;
+        case Mix::kColor: library().compose_color(dest.get(), first.get(), nullptr, w1.get(), nullptr, color, field); break;
+        case Mix::kBand: library().compose_color(dest.get(), first.get(), b.get(), w1.get(), w2.get(), color, field); break;
+        }
+        hash.add(dest);
+    }
+    return hash.value();
+}
+
+/// A whole number of 1/4096 pixels: the same float everywhere.
+float exact(Random& random, int low, int high) {
+    return static_cast<float>(random.between(low * 4096, high * 4096)) / 4096;
+}
+
+uint64_t rects() {
+    Hash hash;
+    Random random(14);
+    for (int call = 0; call < 2 * kCalls; ++call) {
+        const Size size = some_size(random, call);
+        const OwnedBitmap map = some_weights(random, size);
+        const float x = exact(random, -20, 70), y = exact(random, -5, 10), width = exact(random, 0, 90), height = exact(random, 0, 20);
+        const float radius_x = exact(random, 0, 40), radius_y = exact(random, 0, 15);
+        const uint32_t shape = random.pick({0u, 0x10u, 0x30000u, 0x810000u});
+        library().alpha_rect(map.get(), x, y, width, height, radius_x, radius_y, shape | some_field(random));
+        hash.add(map);
+    }
+    return hash.value();
+}
+
+uint64_t circles() {
+    Hash hash;
+    Random random(15);
+    for (int call = 0; call < 2 * kCalls; ++call) {
+        const Size size = some_size(random, call);
+        const OwnedBitmap map = some_weights(random, size);
+        const float cx = exact(random, -20, 100), cy = exact(random, -5, 20), radius = exact(random, 0, call % 16 ? 60 : 400);
+        const float feather = call % 4 == 0 ? 0 : exact(random, 0, call % 16 ? 40 : 300);
+        const float aspect = random.pick({1.0f, 2.0f, 0.5f, 1.0625f, 1.421875f});
+        library().alpha_circle(map.get(), cx, cy, radius, feather, aspect, random.pick({0u, 0x40000u}) | some_field(random));
+        hash.add(map);
+    }
+    return hash.value();
+}
+
+}  // namespace
+
+std::vector<Digest> digest_corpus(bool plain) {
+    const std::string arithmetic = plain ? "_plain" : "_vector";
+    return {
+        {"bitmaps", bitmaps()},
+        {"copies", copies()},
+        {"compose_yuy2_weights" + arithmetic, compose(BMP_FMT_YUY2, Mix::kWeights)},
+        {"compose_yuy2_masks" + arithmetic, compose(BMP_FMT_YUY2, Mix::kMasks)},
+        {"compose_rgbq_weights" + arithmetic, compose(BMP_FMT_RGBQ, Mix::kWeights)},
+        {"compose_rgbq_masks" + arithmetic, compose(BMP_FMT_RGBQ, Mix::kMasks)},
+        {"compose_level" + arithmetic, compose(BMP_FMT_A8, Mix::kLevel)},
+        {"compose_color_yuy2" + arithmetic, compose(BMP_FMT_YUY2, Mix::kColor)},
+        {"compose_color_yuy2_band" + arithmetic, compose(BMP_FMT_YUY2, Mix::kBand)},
+        {"compose_color_rgbq", compose(BMP_FMT_RGBQ, Mix::kColor)},
+        {"compose_color_rgbq_band" + arithmetic, compose(BMP_FMT_RGBQ, Mix::kBand)},
+        {"alpha_rect", rects()},
+        {"alpha_circle", circles()},
+    };
+}
+
+std::string to_line(const Digest& digest) {
+    char text[100];
+    std::snprintf(text, sizeof text, "%-32s %08lx%08lx\n", digest.group.c_str(), static_cast<unsigned long>(digest.hash >> 32),
+                  static_cast<unsigned long>(digest.hash & 0xffffffff));
+    return text;
+}
+
+}  // namespace zepbmp::test

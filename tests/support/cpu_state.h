@@ -1,0 +1,75 @@
+/// \file
+/// The parts of the processor's state that a call has to leave as it found them, and the processor's level as a test sees it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+namespace zepbmp::test {
+
+/// The level that the library has to find on this machine, asked of CPUID anew.
+int expected_cpu_level();
+
+/// Whether the MXCSR register exists.
+bool has_mxcsr();
+
+struct FloatState {
+    uint16_t x87_control;
+    uint16_t x87_status;
+    uint16_t x87_tags;  ///< 0xffff: all registers empty, as MMX code leaves them after emms
+    uint32_t mxcsr;     ///< 0 where there is none
+
+    bool operator==(const FloatState&) const = default;
+};
+void PrintTo(const FloatState& state, std::ostream* out);
+
+constexpr uint16_t kX87Empty = 0xffff;
+
+FloatState float_state();
+void set_x87_control(uint16_t control);
+void set_x87_status(uint16_t status);  ///< the exceptions noted so far
+void set_mxcsr(uint32_t value);        ///< nothing where there is none
+
+/// Puts both control words back, and clears what exceptions were noted.
+class KeepFloatState {
+public:
+    KeepFloatState();
+    ~KeepFloatState();
+    KeepFloatState(const KeepFloatState&) = delete;
+    KeepFloatState& operator=(const KeepFloatState&) = delete;
+
+private:
+    FloatState before_;
+};
+
+/// Round to nearest with 53 bits, as the model wants it. On 64-bit targets that is what double arithmetic is anyway.
+class ModelPrecision {
+public:
+    ModelPrecision();
+
+private:
+    KeepFloatState keep_;
+};
+
+/// Before and after one call: the same control words, no x87 register in use, upper halves of the vector registers clean.
+class CallCheck {
+public:
+    CallCheck();
+    /// Empty, or what is wrong.
+    const char* complaint() const;
+
+private:
+    FloatState before_;
+};
+
+/// Calls and complains.
+template <class Function, class... Arguments>
+void call_checked(Function* function, Arguments... arguments) {
+    const CallCheck check;
+    function(arguments...);
+    const char* const complaint = check.complaint();
+    EXPECT_STREQ(complaint, "");
+}
+
+}  // namespace zepbmp::test

@@ -1,0 +1,25 @@
+/// \file
+/// The exports as a table, so that one text tests them however they were come by: linked in, or found by name in a DLL.
+#pragma once
+
+#include "zepbmp.h"
+
+namespace zepbmp::test {
+
+struct Library {
+    decltype(&::bmp_create) create;
+    decltype(&::bmp_destroy) destroy;
+    decltype(&::bmp_pointer) pointer;
+    decltype(&::bmp_clear) clear;
+    decltype(&::bmp_copy) copy;
+    decltype(&::bmp_blt) blt;
+    decltype(&::bmp_interporate) interporate;
+    decltype(&::bmp_compose) compose;
+    decltype(&::bmp_compose_color) compose_color;
+    decltype(&::bmp_alpha_rect) alpha_rect;
+    decltype(&::bmp_alpha_circle) alpha_circle;
+};
+
+const Library& library();
+
+}  // namespace zepbmp::test

@@ -1,0 +1,22 @@
+#include "library.h"
+
+namespace zepbmp::test {
+
+const Library& library() {
+    static const Library linked = {
+        .create = &::bmp_create,
+        .destroy = &::bmp_destroy,
+        .pointer = &::bmp_pointer,
+        .clear = &::bmp_clear,
+        .copy = &::bmp_copy,
+        .blt = &::bmp_blt,
+        .interporate = &::bmp_interporate,
+        .compose = &::bmp_compose,
+        .compose_color = &::bmp_compose_color,
+        .alpha_rect = &::bmp_alpha_rect,
+        .alpha_circle = &::bmp_alpha_circle,
+    };
+    return linked;
+}
+
+}  // namespace zepbmp::test
