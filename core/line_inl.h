@@ -115,31 +115,43 @@ void interpolate_bytes(uint8_t* between, uint8_t* copied, const uint8_t* above, 
     }
 }
 
-template <class L, StoreKind kStore, bool kCopies>
-void interpolate_registers(uint8_t* between, uint8_t* copied, const uint8_t* above, const uint8_t* below, size_t first,
-                           size_t end) {
-    for (size_t i = first; i < end; i += L::kBytes) {
-        const auto b = L::load(below + i);
-        store<L, kStore>(between + i, L::average_bytes(L::load(above + i), b));
-        if constexpr (kCopies)
-            store<L, kStore>(copied + i, b);
-    }
+template <class L, StoreKind kStore>
+void average_at(uint8_t* between, const uint8_t* above, const uint8_t* below, size_t i) {
+    store<L, kStore>(between + i, L::average_bytes(L::load(above + i), L::load(below + i)));
 }
 
-template <class L, StoreKind kStore>
-void interpolate(uint8_t* between, uint8_t* copied, const uint8_t* above, const uint8_t* below, size_t bytes) {
+/// One line after the other: stores that take turns between two lines can't be merged on their way to the cache.
+template <class L>
+void interpolate_cached(uint8_t* between, uint8_t* copied, const uint8_t* above, const uint8_t* below, size_t bytes) {
+    if (bytes < L::kBytes) {
+        interpolate_bytes(between, copied, above, below, 0, bytes);
+    } else {
+        average_at<L, kStoreCached>(between, above, below, 0);
+        for (size_t i = bytes_to_unit<L, kStoreCached>(between); i + L::kBytes <= bytes; i += L::kBytes)
+            average_at<L, kStoreCached>(between, above, below, i);
+        average_at<L, kStoreCached>(between, above, below, bytes - L::kBytes);
+        copy<L, kStoreCached>(copied, below, bytes);
+    }
+    L::finish();
+}
+
+/// Both lines in one pass, so that memory is read once. Lines that share no position of their cache lines are not
+/// streamed.
+template <class L>
+void interpolate_streamed(uint8_t* between, uint8_t* copied, const uint8_t* above, const uint8_t* below, size_t bytes) {
+    constexpr size_t unit = kUnit<L, kStoreStreamed>;
     const bool copies = copied != below;
-    constexpr size_t unit = kUnit<L, kStore>;
-    const size_t head = bytes_to_unit<L, kStore>(between);
-    if (kStore == kStoreStreamed && copies && bytes_to_unit<L, kStore>(copied) != head)
-        return interpolate<L, kStoreCached>(between, copied, above, below, bytes);
+    const size_t head = bytes_to_unit<L, kStoreStreamed>(between);
+    if (copies && bytes_to_unit<L, kStoreStreamed>(copied) != head)
+        return interpolate_cached<L>(between, copied, above, below, bytes);
     const size_t first = head < bytes ? head : bytes;
     const size_t end = first + (bytes - first) / unit * unit;
     interpolate_bytes(between, copied, above, below, 0, first);
-    if (copies)
-        interpolate_registers<L, kStore, true>(between, copied, above, below, first, end);
-    else
-        interpolate_registers<L, kStore, false>(between, copied, above, below, first, end);
+    for (size_t i = first; i < end; i += L::kBytes) {
+        average_at<L, kStoreStreamed>(between, above, below, i);
+        if (copies)
+            L::store_streamed(copied + i, L::load(below + i));
+    }
     interpolate_bytes(between, copied, above, below, end, bytes);
     L::finish();
 }
@@ -151,13 +163,20 @@ void end_stream() {
 
 template <class L>
 constexpr LineKernels line_set() {
-    constexpr StoreKind kStreamed = L::kStreams ? kStoreStreamed : kStoreCached;
-    return {
-        .fill = {fill<L, kStoreCached>, fill<L, kStreamed>},
-        .copy = {copy<L, kStoreCached>, copy<L, kStreamed>},
-        .interpolate = {interpolate<L, kStoreCached>, interpolate<L, kStreamed>},
-        .end_stream = end_stream<L>,
-    };
+    if constexpr (L::kStreams)
+        return {
+            .fill = {fill<L, kStoreCached>, fill<L, kStoreStreamed>},
+            .copy = {copy<L, kStoreCached>, copy<L, kStoreStreamed>},
+            .interpolate = {interpolate_cached<L>, interpolate_streamed<L>},
+            .end_stream = end_stream<L>,
+        };
+    else
+        return {
+            .fill = {fill<L, kStoreCached>, fill<L, kStoreCached>},
+            .copy = {copy<L, kStoreCached>, copy<L, kStoreCached>},
+            .interpolate = {interpolate_cached<L>, interpolate_cached<L>},
+            .end_stream = end_stream<L>,
+        };
 }
 
 }  // namespace
