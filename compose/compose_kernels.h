@@ -16,7 +16,10 @@ extern const ComposeSlots kComposeSse2;
 extern const ComposeSlots kComposeAvx2;
 extern const ComposeSlots kComposeAvx512;
 
-/// The one member of slot color_rgbq for the levels: also in the vector sets of the levels.
+/// The one kernel of slot color_rgbq, at every level and register width: it passes a call on to the form in force.
+/// All forms write the same bytes; those of kComposeAvx2 and kComposeAvx512 stand in their sets.
+ComposeColorKernel color_rgbq;
 ComposeColorKernel color_rgbq_plain;
+extern ComposeColorKernel* color_rgbq_form;
 
 }  // namespace zepbmp

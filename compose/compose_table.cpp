@@ -5,6 +5,7 @@
 namespace zepbmp {
 
 constinit ComposeSlots compose_slot{};
+constinit ComposeColorKernel* color_rgbq_form = nullptr;
 
 namespace {
 
@@ -51,6 +52,9 @@ constexpr Row<ComposeColorKernel> kColorRows[] = {
     {&S::color_rgbq,       {plain,  plain,  plain,  plain,  plain,     plain,   plain,  plain}},
     {&S::color_yuy2,       {plain,  mmx,    mmx,    mmx,    mmx,       sse2,    avx2,   avx512}},
 };
+// What the one kernel of slot color_rgbq passes its calls on to; all of these write the same bytes.
+constexpr KernelSet kColorRgbqForm[kKernelColumns] =
+                           {plain,  plain,  plain,  plain,  plain,     plain,   avx2,   avx512};
 // clang-format on
 
 template <class Kernel, size_t kRows>
@@ -67,6 +71,8 @@ void fill_compose_slots(int level, int register_bytes) {
     fill(kLevelRows, column);
     fill(kBandRows, column);
     fill(kColorRows, column);
+    const KernelSet form = kColorRgbqForm[column];
+    color_rgbq_form = form == plain ? color_rgbq_plain : kSets[form]->color_rgbq;
 }
 
 }  // namespace zepbmp

@@ -4,6 +4,6 @@
 
 namespace zepbmp {
 
-extern constexpr ComposeSlots kComposeAvx2 = compose_set<Lanes256, Whole>(color_rgbq_plain);
+extern constexpr ComposeSlots kComposeAvx2 = compose_set<Lanes256, Whole>(color_rgbq_exact<Lanes256>);
 
 }  // namespace zepbmp

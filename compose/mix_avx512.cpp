@@ -4,6 +4,6 @@
 
 namespace zepbmp {
 
-extern constexpr ComposeSlots kComposeAvx512 = compose_set<Lanes512, Whole>(color_rgbq_plain);
+extern constexpr ComposeSlots kComposeAvx512 = compose_set<Lanes512, Whole>(color_rgbq_exact<Lanes512>);
 
 }  // namespace zepbmp

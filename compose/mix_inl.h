@@ -79,6 +79,11 @@ struct WordTwice {  ///< 16-bit weights of RGBQ
     static typename L::V words(const uint8_t* p) { return L::words_twice(p); }
 };
 template <class L>
+struct WordAsDword {  ///< 16-bit weights of RGBQ, for 32-bit arithmetic
+    static constexpr int kBytesPerGroup = 2;
+    static typename L::V words(const uint8_t* p) { return L::words_as_dwords(p); }
+};
+template <class L>
 struct ByteTwice {  ///< 8-bit weights of RGBQ
     static constexpr int kBytesPerGroup = 1;
     static typename L::V words(const uint8_t* p) { return L::bytes_twice(p); }
@@ -462,6 +467,62 @@ void color_yuy2(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_skip, 
         L::template odd_bytes<4>(colors),
     };
     run<L, Whole>(step, count / 2, lines, dst, 2 * n + dst_skip);
+    L::finish();
+}
+
+/// The plain kernel's own formula and bytes: trunc((byte * w + colour * (4096 - w)) / 4096), its low 8 bits, for
+/// every 16-bit w; the fourth byte stays.
+template <class L>
+struct RgbqColorStep {
+    using V = typename L::V;
+    Groups<L> src, dst;
+    Weights<L, WordAsDword> mask;
+    uint32_t color;
+    static constexpr int kBytesPerGroup = 10;
+
+    /// Byte k of each pixel, mixed, in place. (byte - colour) * w is exact as the sum of two products of words: the
+    /// difference times the weight's low 2 bits, and 4 times it times the other 14.
+    template <int k>
+    V mixed(V pixels, V split_weight) const {
+        const V byte = L::dwords(0xff);
+        const uint32_t c = color >> (8 * k) & 0xff;
+        const V difference =
+            L::sub_dwords(L::bit_and(L::template shift_right_dwords<8 * k>(pixels), byte), L::dwords(c));
+        const V pair =
+            L::bit_or(L::bit_and(difference, L::dwords(0xffff)), L::template shift_left_dwords<18>(difference));
+        const V sum = L::add_dwords(L::multiply_pairs(pair, split_weight), L::dwords(c * kFullWeight));
+        const V toward_zero = L::template shift_right_dwords<20>(L::template shift_right_signed_dwords<31>(sum));
+        const V value = L::template shift_right_signed_dwords<12>(L::add_dwords(sum, toward_zero));
+        return L::template shift_left_dwords<8 * k>(L::bit_and(value, byte));
+    }
+
+    template <class At>
+    V at(At at) const {
+        const V pixels = src.read(at), w = mask.read(at);
+        const V split_weight = L::bit_or(L::bit_and(w, L::dwords(3)),
+                                         L::bit_and(L::template shift_left_dwords<14>(w), L::dwords(0xffff0000)));
+        const V kept = L::bit_and(dst.read(at), L::dwords(0xff000000));
+        return L::bit_or(L::bit_or(kept, mixed<0>(pixels, split_weight)),
+                         L::bit_or(mixed<1>(pixels, split_weight), mixed<2>(pixels, split_weight)));
+    }
+    void prefetch(int32_t x) const { src.prefetch(x), dst.prefetch(x), mask.prefetch(x); }
+    void next() { src.next(), dst.next(), mask.next(); }
+    bool is_dense(ptrdiff_t groups) const {
+        return src.is_dense(groups) && dst.is_dense(groups) && mask.is_dense(groups);
+    }
+};
+
+template <class L>
+void color_rgbq_exact(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_skip, const uint8_t* src,
+                      ptrdiff_t src_skip, const uint16_t* mask, ptrdiff_t mask_skip, uint32_t color) {
+    const ptrdiff_t n = count;
+    const RgbqColorStep<L> step = {
+        {src, 4 * n + src_skip},
+        {dst, 4 * n + dst_skip},
+        {reinterpret_cast<const uint8_t*>(mask), 2 * n + mask_skip},
+        color,
+    };
+    run<L, Whole>(step, count, lines, dst, 4 * n + dst_skip);
     L::finish();
 }
 

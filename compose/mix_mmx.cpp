@@ -4,6 +4,6 @@
 
 namespace zepbmp {
 
-extern constexpr ComposeSlots kComposeMmx = compose_set<Lanes64, Whole>(color_rgbq_plain);
+extern constexpr ComposeSlots kComposeMmx = compose_set<Lanes64, Whole>(color_rgbq);
 
 }  // namespace zepbmp

@@ -4,6 +4,6 @@
 
 namespace zepbmp {
 
-extern constexpr ComposeSlots kComposeMmxExt = compose_set<Lanes64Ext, Whole>(color_rgbq_plain);
+extern constexpr ComposeSlots kComposeMmxExt = compose_set<Lanes64Ext, Whole>(color_rgbq);
 
 }  // namespace zepbmp

@@ -164,6 +164,11 @@ void color_rgbq_plain(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_
     }
 }
 
+void color_rgbq(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_skip, const uint8_t* src, ptrdiff_t src_skip,
+                const uint16_t* mask, ptrdiff_t mask_skip, uint32_t color) {
+    color_rgbq_form(count, lines, dst, dst_skip, src, src_skip, mask, mask_skip, color);
+}
+
 const ComposeSlots kComposePlain = {
     .rgbq_w16 = mix_rgbq<uint16_t, kWeightFull>,
     .rgbq_a8 = mix_rgbq<uint8_t, kMaskFull>,
@@ -175,7 +180,7 @@ const ComposeSlots kComposePlain = {
     .level_aligned = level_plain,
     .color_rgbq_band = color_rgbq_band_plain,
     .color_yuy2_band = color_yuy2_band_plain,
-    .color_rgbq = color_rgbq_plain,
+    .color_rgbq = color_rgbq,
     .color_yuy2 = color_yuy2_plain,
 };
 

@@ -4,6 +4,6 @@
 
 namespace zepbmp {
 
-extern constexpr ComposeSlots kComposeSse2 = compose_set<Lanes128, WholeAligned>(color_rgbq_plain);
+extern constexpr ComposeSlots kComposeSse2 = compose_set<Lanes128, WholeAligned>(color_rgbq);
 
 }  // namespace zepbmp

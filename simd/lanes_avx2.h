@@ -55,6 +55,7 @@ struct Lanes256 {
     static V add(V a, V b) { return _mm256_add_epi16(a, b); }
     static V sub(V a, V b) { return _mm256_sub_epi16(a, b); }
     static V bit_and(V a, V b) { return _mm256_and_si256(a, b); }
+    static V bit_or(V a, V b) { return _mm256_or_si256(a, b); }
     static V mul_high(V a, V b) { return _mm256_mulhi_epi16(a, b); }
     static V mul_low(V a, V b) { return _mm256_mullo_epi16(a, b); }
     template <int kShift>
@@ -68,6 +69,25 @@ struct Lanes256 {
     static V average_bytes(V a, V b) { return _mm256_avg_epu8(a, b); }
     static V max_words(V a, V b) { return _mm256_max_epu16(a, b); }
 
+    static V add_dwords(V a, V b) { return _mm256_add_epi32(a, b); }
+    static V sub_dwords(V a, V b) { return _mm256_sub_epi32(a, b); }
+    static V multiply_pairs(V a, V b) { return _mm256_madd_epi16(a, b); }
+    template <int kShift>
+    static V shift_left_dwords(V v) {
+        return _mm256_slli_epi32(v, kShift);
+    }
+    template <int kShift>
+    static V shift_right_dwords(V v) {
+        return _mm256_srli_epi32(v, kShift);
+    }
+    template <int kShift>
+    static V shift_right_signed_dwords(V v) {
+        return _mm256_srai_epi32(v, kShift);
+    }
+
+    static V words_as_dwords(const void* p) {
+        return _mm256_cvtepu16_epi32(_mm_loadu_si128(static_cast<const __m128i*>(p)));
+    }
     static V words_twice(const void* p) {
         const V both = _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p)));
         const V order = _mm256_setr_epi8(0, 1, 0, 1, 2, 3, 2, 3, 4, 5, 4, 5, 6, 7, 6, 7,  //

@@ -53,6 +53,7 @@ struct Lanes512 {
     static V add(V a, V b) { return _mm512_add_epi16(a, b); }
     static V sub(V a, V b) { return _mm512_sub_epi16(a, b); }
     static V bit_and(V a, V b) { return _mm512_and_si512(a, b); }
+    static V bit_or(V a, V b) { return _mm512_or_si512(a, b); }
     static V mul_high(V a, V b) { return _mm512_mulhi_epi16(a, b); }
     static V mul_low(V a, V b) { return _mm512_mullo_epi16(a, b); }
     template <int kShift>
@@ -66,6 +67,25 @@ struct Lanes512 {
     static V average_bytes(V a, V b) { return _mm512_avg_epu8(a, b); }
     static V max_words(V a, V b) { return _mm512_max_epu16(a, b); }
 
+    static V add_dwords(V a, V b) { return _mm512_add_epi32(a, b); }
+    static V sub_dwords(V a, V b) { return _mm512_sub_epi32(a, b); }
+    static V multiply_pairs(V a, V b) { return _mm512_madd_epi16(a, b); }
+    template <int kShift>
+    static V shift_left_dwords(V v) {
+        return _mm512_slli_epi32(v, kShift);
+    }
+    template <int kShift>
+    static V shift_right_dwords(V v) {
+        return _mm512_srli_epi32(v, kShift);
+    }
+    template <int kShift>
+    static V shift_right_signed_dwords(V v) {
+        return _mm512_srai_epi32(v, kShift);
+    }
+
+    static V words_as_dwords(const void* p) {
+        return _mm512_cvtepu16_epi32(_mm256_loadu_si256(static_cast<const __m256i*>(p)));
+    }
     static V words_twice(const void* p) {
         alignas(64) static constexpr uint16_t kTwice[32] = {0, 0, 1, 1, 2,  2,  3,  3,  4,  4,  5,  5,  6,  6,  7,  7,
                                                             8, 8, 9, 9, 10, 10, 11, 11, 12, 12, 13, 13, 14, 14, 15, 15};
