@@ -253,7 +253,7 @@ constexpr int kLongestLine = 720;
 TEST_P(ComposeKernels, WritesTheBytesOfItsColumn) {
     const UseTables use(tables());
     int call = 0;
-    for (int round = 0; round < rounds(3); ++round) {
+    for (int round = 0; round < rounds(6); ++round) {
         for (int count = 0; count <= 71; ++count) {
             for (const int skew : kSkews) {
                 check(round_seed(call++), count == 71 ? kLongestLine : count, skew);

@@ -77,7 +77,7 @@ void fill_mask_lines(Random& random, std::span<uint8_t> bytes) {
 }
 
 TEST_P(RandomCalls, Compose) {
-    repeat(6000, [&](Random& random) {
+    repeat(20000, [&](Random& random) {
         const int format = random.pick({BMP_FMT_YUY2, BMP_FMT_YUY2, BMP_FMT_YUY2, BMP_FMT_RGBQ, BMP_FMT_RGBQ, BMP_FMT_PWRW,
                                         BMP_FMT_QUAD3, BMP_FMT_RGB8, BMP_FMT_A8});
         const int width = random.chance(90) ? random.between(0, 48) : random.between(49, 400), height = random.between(0, 6);
@@ -112,7 +112,7 @@ TEST_P(RandomCalls, Compose) {
 }
 
 TEST_P(RandomCalls, ComposeAtLevel) {
-    repeat(3000, [&](Random& random) {
+    repeat(9000, [&](Random& random) {
         const int format = random.pick({BMP_FMT_YUY2, BMP_FMT_RGBQ, BMP_FMT_PWRW, BMP_FMT_QUAD3, BMP_FMT_QUAD4, BMP_FMT_QUAD5,
                                         BMP_FMT_RGB8, BMP_FMT_A8});
         const int width = random.chance(90) ? random.between(0, 48) : random.between(49, 400), height = random.between(0, 6);
@@ -141,7 +141,7 @@ TEST_P(RandomCalls, ComposeAtLevel) {
 }
 
 TEST_P(RandomCalls, ComposeColor) {
-    repeat(5000, [&](Random& random) {
+    repeat(16000, [&](Random& random) {
         const int format = random.pick({BMP_FMT_YUY2, BMP_FMT_YUY2, BMP_FMT_RGBQ, BMP_FMT_RGBQ, BMP_FMT_PWRW, BMP_FMT_A8,
                                         BMP_FMT_QUAD4});
         const int width = random.chance(90) ? random.between(0, 48) : random.between(49, 400), height = random.between(0, 6);
@@ -211,7 +211,7 @@ TEST_P(RandomCalls, Copy) {
 }
 
 TEST_P(RandomCalls, Interporate) {
-    repeat(3000, [&](Random& random) {
+    repeat(9000, [&](Random& random) {
         const int format = random.between(0, 7), width = random.between(0, 100), height = random.between(0, 9);
         const uint32_t flags = static_cast<uint32_t>(random.next());
         FrameLayout layout = image(random, width, height, format, width * bytes_per_pixel(format), random.chance(50));
@@ -227,7 +227,7 @@ TEST_P(RandomCalls, Interporate) {
 }
 
 TEST_P(RandomCalls, Blt) {
-    repeat(6000, [&](Random& random) {
+    repeat(20000, [&](Random& random) {
         const int format = random.between(0, 7), bytes = bytes_per_pixel(format);
         for (int i = 0; i < 2; ++i) {
             const int width = random.between(0, 60), height = random.between(0, 9);
@@ -251,7 +251,7 @@ TEST_P(RandomCalls, Blt) {
 
 // Where words and single bytes would show: every distance within a line, both ways.
 TEST_P(RandomCalls, BltWithinOneLine) {
-    repeat(3000, [&](Random& random) {
+    repeat(9000, [&](Random& random) {
         const int format = random.pick({BMP_FMT_A8, BMP_FMT_PWRW, BMP_FMT_RGBQ});
         twins_[0].make(random, image(random, 90, 3, format, 90 * bytes_per_pixel(format), random.chance(50)), fill_noise);
         const int from = random.between(0, 40), to = from + random.between(-9, 9), width = random.between(1, 60);
@@ -280,7 +280,7 @@ FrameLayout weight_map(const FrameLayout& layout) {
 }
 
 TEST_P(RandomCalls, AlphaRect) {
-    repeat(12000, [&](Random& random) {
+    repeat(40000, [&](Random& random) {
         const int width = random.between(0, 70), height = random.between(0, 20);
         twins_[0].make(random, weight_map(image(random, width, height, BMP_FMT_PWRW, 2 * width, random.chance(50), 2)), fill_weights);
         const auto any = random.chance(80) ? ordinary_float : hostile_float;
@@ -297,7 +297,7 @@ TEST_P(RandomCalls, AlphaRect) {
 }
 
 TEST_P(RandomCalls, AlphaCircle) {
-    repeat(12000, [&](Random& random) {
+    repeat(40000, [&](Random& random) {
         const int width = random.between(0, 90), height = random.between(0, 24);
         twins_[0].make(random, weight_map(image(random, width, height, BMP_FMT_PWRW, 2 * width, random.chance(50), 2)), fill_weights);
         const auto any = random.chance(80) ? ordinary_float : hostile_float;

@@ -65,7 +65,7 @@ double ramp_width(Random& random, double radius) {
 
 TEST_P(ShapeKernelsTest, RampIsThePlainOne) {
     const UseTables use(GetParam());
-    for (int round = 0; round < rounds(20000); ++round) {
+    for (int round = 0; round < rounds(60000); ++round) {
         Random random(round_seed(round));
         const int width = random.between(1, 400), first = random.between(0, width - 1), end = random.between(first, width);
         const double radius = random.chance(5) ? random.pick({0.0, -3.0, 1e30, 1e6, 1e-30}) : random.between(0, 64 * 500) / 64.0;

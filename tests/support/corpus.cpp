@@ -50,6 +50,8 @@ uint32_t some_field(Random& random) { return random.pick({0u, 0u, 1u, 2u, 3u}); 
 
 constexpr int kCalls = 160;
 
+// Each random value is drawn in a statement of its own: compilers differ in the order in which they evaluate arguments.
+
 uint64_t bitmaps() {
     Hash hash;
     Random random(11);
@@ -81,7 +83,8 @@ uint64_t copies() {
         hash.add(a);
         library().copy(a.get(), b.get(), some_field(random));
         hash.add(a);
-        library().interporate(a.get(), (random.chance(50) ? a : b).get(), random.below(4));
+        const OwnedBitmap& source = random.chance(50) ? a : b;
+        library().interporate(a.get(), source.get(), random.below(4));
         hash.add(a);
         const int x = random.between(-20, 60), y = random.between(-3, 9), width = random.between(1, 90), height = random.between(1, 14);
         const int src_x = random.between(-20, 60), src_y = random.between(-3, 9);
@@ -133,7 +136,8 @@ uint64_t rects() {
         const float x = exact(random, -20, 70), y = exact(random, -5, 10), width = exact(random, 0, 90), height = exact(random, 0, 20);
         const float radius_x = exact(random, 0, 40), radius_y = exact(random, 0, 15);
         const uint32_t shape = random.pick({0u, 0x10u, 0x30000u, 0x810000u});
-        library().alpha_rect(map.get(), x, y, width, height, radius_x, radius_y, shape | some_field(random));
+        const uint32_t field = some_field(random);
+        library().alpha_rect(map.get(), x, y, width, height, radius_x, radius_y, shape | field);
         hash.add(map);
     }
     return hash.value();
@@ -148,7 +152,8 @@ uint64_t circles() {
         const float cx = exact(random, -20, 100), cy = exact(random, -5, 20), radius = exact(random, 0, call % 16 ? 60 : 400);
         const float feather = call % 4 == 0 ? 0 : exact(random, 0, call % 16 ? 40 : 300);
         const float aspect = random.pick({1.0f, 2.0f, 0.5f, 1.0625f, 1.421875f});
-        library().alpha_circle(map.get(), cx, cy, radius, feather, aspect, random.pick({0u, 0x40000u}) | some_field(random));
+        const uint32_t ramp = random.pick({0u, 0x40000u}), field = some_field(random);
+        library().alpha_circle(map.get(), cx, cy, radius, feather, aspect, ramp | field);
         hash.add(map);
     }
     return hash.value();

@@ -54,7 +54,7 @@ std::string Frame::difference(const Frame& want) const {
           same_word(&Bitmap::interlace) && same_word(&Bitmap::reserved) && same_word(&Bitmap::bytes_per_pixel) &&
           same_word(&Bitmap::create_flags) && same_word(&Bitmap::format)))
         return "the record has changed";
-    if (std::memcmp(bytes_.data(), want.bytes_.data(), bytes_.size()) == 0) return "";
+    if (bytes_.empty() || std::memcmp(bytes_.data(), want.bytes_.data(), bytes_.size()) == 0) return "";
     size_t i = 0;
     while (bytes_[i] == want.bytes_[i]) ++i;
     const auto at = static_cast<long>(i) - static_cast<long>(record_.pixels - bytes_.data());

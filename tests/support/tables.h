@@ -42,7 +42,7 @@ public:
     ForceStreaming& operator=(const ForceStreaming&) = delete;
 
 private:
-    size_t before_;
+    [[maybe_unused]] size_t before_;
 };
 
 std::string tables_name(const testing::TestParamInfo<Tables>& info);
