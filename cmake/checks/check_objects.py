@@ -4,7 +4,8 @@
 A processor faults at the first instruction that it lacks, so the base objects keep to the baseline of their target
 (32 bits: i686 without MMX and SSE; 64 bits: SSE2), and a file named after an instruction set keeps to that set. An
 inline function that a per-set file shared with baseline code would be kept once by the linker, maybe in its wide form:
-so a per-set object defines no weak symbol and no COMDAT section.
+so a per-set object defines no weak symbol and no COMDAT section. No object has a dynamic initialiser: it could run after the constructor that
+fills the tables.
 
 usage: check_objects.py --bits 32|64 --objdump PROGRAM --nm PROGRAM LIST      (LIST: a file with one object path a line)
        check_objects.py --self-test --assembler PROGRAM --objdump PROGRAM --nm PROGRAM
@@ -126,11 +127,13 @@ def check_object(path, bits, objdump, nm):
     lines = [f"{path}: {NAMES[level]} instruction in {NAMES[allowed]} code, {function}: {text}"
              for (function, name, level), text in findings.items()]
 
+    for line in run(nm, "--defined-only", path).splitlines():
+        kind, symbol = line.split()[-2:]
+        if "_GLOBAL__sub_I_" in symbol:
+            lines.append(f"{path}: dynamic initialiser, which may run after load has filled the tables: {symbol}")
+        if per_set and kind in "wWvVu":
+            lines.append(f"{path}: weak symbol in a per-set file: {symbol}")
     if per_set:
-        for line in run(nm, "--defined-only", path).splitlines():
-            kind, symbol = line.split()[-2:]
-            if kind in "wWvVu":
-                lines.append(f"{path}: weak symbol in a per-set file: {symbol}")
         # In COFF the same is a COMDAT section. (In ELF it is both; the thunks of 32-bit position-independent code,
         # which are one plain move, are COMDAT without being weak.)
         for line in run(objdump, "-h", "-w", path).splitlines():
@@ -214,6 +217,8 @@ SELF_TEST = [
     ("a_sse2", 64, ".weak f\nf: ret", True),
     ("a_sse2", 64, ".section .text.f,\"axG\",@progbits,f,comdat\n.weak f\nf: ret", True),
     ("a", 64, ".weak f\nf: ret", False),
+    ("a", 64, "_GLOBAL__sub_I_a: ret", True),
+    ("a", 32, "__GLOBAL__sub_I_a: ret", True),
 ]
 
 
