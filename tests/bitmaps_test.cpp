@@ -83,7 +83,7 @@ struct FormatFacts {
     int format, bytes, pitch_of_13;
     const char* fourcc;  ///< null: not written
 };
-constexpr FormatFacts kFormats[] = {{0, 2, 32, "YUY2"},  {1, 4, 64, "RGBQ"},  {2, 2, 32, "PWRW"},  {3, 4, 64, nullptr},
+constexpr FormatFacts kFormats[] = {{0, 2, 32, "YUY2"},  {1, 4, 64, "RGBQ"},  {2, 2, 32, "PWRW"}, {3, 4, 64, nullptr},
                                     {4, 4, 64, nullptr}, {5, 4, 64, nullptr}, {6, 1, 16, "RGB8"}, {7, 1, 16, nullptr}};
 
 TEST(Create, FillsTheRecordForEveryFormat) {
@@ -126,7 +126,9 @@ TEST(Create, AnUnknownFormatTakesTheHeightForItsPixelSize) {
 }
 
 TEST(Create, InterlaceFollowsTheFlags) {
-    const auto interlace = [](uint32_t flags) { return make_bitmap(4, 4, BMP_FMT_YUY2, BMP_CREATE_ZERO | flags)->interlace; };
+    const auto interlace = [](uint32_t flags) {
+        return make_bitmap(4, 4, BMP_FMT_YUY2, BMP_CREATE_ZERO | flags)->interlace;
+    };
     EXPECT_EQ(interlace(0), 0u);
     EXPECT_EQ(interlace(2), 1u);
     EXPECT_EQ(interlace(3), 2u);
@@ -146,7 +148,8 @@ TEST(Create, ZeroFillsEveryLineWithItsPadding) {
     make_filled(77, 50, BMP_FMT_RGBQ, 0xa5).reset();
     const OwnedBitmap bitmap = make_bitmap(77, 50, BMP_FMT_RGBQ, BMP_CREATE_ZERO);
     EXPECT_EQ(bitmap->pitch, 320);
-    for (const uint8_t byte : lines_of(bitmap.get())) ASSERT_EQ(byte, 0);
+    for (const uint8_t byte : lines_of(bitmap.get()))
+        ASSERT_EQ(byte, 0);
 }
 
 TEST(Create, LinesAreAlignedAndInsideTheBlock) {
@@ -154,7 +157,8 @@ TEST(Create, LinesAreAlignedAndInsideTheBlock) {
     for (int i = 0; i < 300; ++i) {
         const int width = random.between(0, 100), height = random.between(0, 20), format = random.between(0, 7);
         const OwnedBitmap bitmap = make_bitmap(width, height, format, 0);
-        const auto block = reinterpret_cast<uintptr_t>(bitmap.get()), pixels = reinterpret_cast<uintptr_t>(bitmap->pixels);
+        const auto block = reinterpret_cast<uintptr_t>(bitmap.get()),
+                   pixels = reinterpret_cast<uintptr_t>(bitmap->pixels);
         EXPECT_EQ(pixels % 16, 0u);
         EXPECT_EQ(bitmap->pitch % 16, 0);
         EXPECT_GE(pixels, block + sizeof(Bitmap));

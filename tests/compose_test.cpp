@@ -20,7 +20,8 @@ protected:
     static OwnedBitmap bitmap_of(int format, std::initializer_list<int> bytes, int height = 1) {
         const int pixel_bytes = bytes_per_pixel(format);
         OwnedBitmap bitmap = make_bitmap(static_cast<int>(bytes.size()) / pixel_bytes, height, format);
-        for (int y = 0; y < height; ++y) std::copy(bytes.begin(), bytes.end(), line(bitmap, y));
+        for (int y = 0; y < height; ++y)
+            std::copy(bytes.begin(), bytes.end(), line(bitmap, y));
         return bitmap;
     }
     static OwnedBitmap weights_of(std::initializer_list<int> values) {
@@ -30,24 +31,27 @@ protected:
     }
     static OwnedBitmap masks_of(std::initializer_list<int> values) { return bitmap_of(BMP_FMT_A8, values); }
 
-    static void compose(const OwnedBitmap& dest, const OwnedBitmap& src1, const OwnedBitmap& src2, const OwnedBitmap& mask,
-                        uint32_t flags = 0) {
+    static void compose(const OwnedBitmap& dest, const OwnedBitmap& src1, const OwnedBitmap& src2,
+                        const OwnedBitmap& mask, uint32_t flags = 0) {
         EXPECT_EQ(library().compose(dest.get(), src1.get(), src2.get(), mask.get(), flags), 0);
     }
     static void compose_at(const OwnedBitmap& dest, const OwnedBitmap& src1, const OwnedBitmap& src2, int level,
                            uint32_t flags = 0) {
-        EXPECT_EQ(library().compose(dest.get(), src1.get(), src2.get(), BMP_INTEGER(level), flags | BMP_COMPOSE_LEVEL), 0);
+        EXPECT_EQ(library().compose(dest.get(), src1.get(), src2.get(), BMP_INTEGER(level), flags | BMP_COMPOSE_LEVEL),
+                  0);
     }
-    static void compose_color(const OwnedBitmap& dest, const OwnedBitmap& src1, const OwnedBitmap& src2, const OwnedBitmap& mask1,
-                              const OwnedBitmap& mask2, uint32_t color, uint32_t flags = 0) {
-        EXPECT_EQ(library().compose_color(dest.get(), src1.get(), src2.get(), mask1.get(), mask2.get(), color, flags), 0);
+    static void compose_color(const OwnedBitmap& dest, const OwnedBitmap& src1, const OwnedBitmap& src2,
+                              const OwnedBitmap& mask1, const OwnedBitmap& mask2, uint32_t color, uint32_t flags = 0) {
+        EXPECT_EQ(library().compose_color(dest.get(), src1.get(), src2.get(), mask1.get(), mask2.get(), color, flags),
+                  0);
     }
 
     /// Lines whose first byte has changed from `old`.
     static std::vector<int> changed_lines(const OwnedBitmap& dest, int old) {
         std::vector<int> changed;
         for (int y = 0; y < dest->height; ++y)
-            if (line(dest, y)[0] != old) changed.push_back(y);
+            if (line(dest, y)[0] != old)
+                changed.push_back(y);
         return changed;
     }
 
@@ -58,10 +62,12 @@ protected:
 
 TEST_P(Compose, FieldsOfFiveLines) {
     const auto composed = [&](int height, uint32_t flags) {
-        const OwnedBitmap dest = make_filled(8, height, BMP_FMT_YUY2, 7), src = make_filled(8, height, BMP_FMT_YUY2, 200);
+        const OwnedBitmap dest = make_filled(8, height, BMP_FMT_YUY2, 7),
+                          src = make_filled(8, height, BMP_FMT_YUY2, 200);
         compose(dest, src, src, make_weights(8, height, 4096), flags);
         const auto masked = changed_lines(dest, 7);
-        const OwnedBitmap faded = make_filled(8, height, BMP_FMT_RGB8, 7), other = make_filled(8, height, BMP_FMT_RGB8, 200);
+        const OwnedBitmap faded = make_filled(8, height, BMP_FMT_RGB8, 7),
+                          other = make_filled(8, height, BMP_FMT_RGB8, 200);
         compose_at(faded, other, other, 100, flags);
         EXPECT_EQ(changed_lines(faded, 7), masked);
         const OwnedBitmap colored = make_filled(8, height, BMP_FMT_YUY2, 7);
@@ -109,15 +115,18 @@ TEST_P(Compose, OtherDestinationsStayAsTheyAre) {
         compose(dest, src, src, make_filled(8, 2, BMP_FMT_A8, 64));
         compose_color(dest, src, src, make_weights(8, 2, 2048), make_weights(8, 2, 2048), 0x123456);
         compose_color(dest, src, nullptr, make_weights(8, 2, 2048), nullptr, 0x123456);
-        for (const uint8_t byte : lines_of(dest.get())) EXPECT_EQ(byte, 7) << format;
+        for (const uint8_t byte : lines_of(dest.get()))
+            EXPECT_EQ(byte, 7) << format;
     }
 }
 
 TEST_P(Compose, ALevelMixesBytesOfEveryFormatAndThePadding) {
     for (int format = 0; format < 8; ++format) {
-        const OwnedBitmap dest = make_filled(5, 2, format, 7), a = make_filled(5, 2, format, 100), b = make_filled(5, 2, format, 200);
+        const OwnedBitmap dest = make_filled(5, 2, format, 7), a = make_filled(5, 2, format, 100),
+                          b = make_filled(5, 2, format, 200);
         compose_at(dest, a, b, 1024);
-        for (const uint8_t byte : lines_of(dest.get())) EXPECT_EQ(byte, 125) << format;
+        for (const uint8_t byte : lines_of(dest.get()))
+            EXPECT_EQ(byte, 125) << format;
     }
 }
 
@@ -135,7 +144,8 @@ TEST_P(Compose, RgbqFullWeightCopiesTheSecondSource) {
     const OwnedBitmap dest = bitmap_of(BMP_FMT_RGBQ, {1, 2, 3, 4}), a = bitmap_of(BMP_FMT_RGBQ, {10, 20, 30, 40}),
                       b = bitmap_of(BMP_FMT_RGBQ, {255, 128, 1, 200});
     compose(dest, a, b, weights_of({4096}));
-    EXPECT_EQ(bytes_at(line(dest, 0), 4), (Bytes{255, 128, 1, choose(4, 200)})) << "the fourth byte is kept at level 0 only";
+    EXPECT_EQ(bytes_at(line(dest, 0), 4), (Bytes{255, 128, 1, choose(4, 200)}))
+        << "the fourth byte is kept at level 0 only";
 }
 
 TEST_P(Compose, RgbqWeightZeroCopiesTheFirstSource) {
@@ -185,7 +195,8 @@ TEST_P(Compose, RgbqWritesOnePixelOfPaddingUnderAByteMaskOnly) {
 // ---------------------------------------------------------------- YUY2
 
 TEST_P(Compose, Yuy2ChromaTakesTheFirstPixelsWeight) {
-    const OwnedBitmap dest = make_bitmap(4, 1, BMP_FMT_YUY2), a = bitmap_of(BMP_FMT_YUY2, {16, 16, 16, 16, 16, 16, 16, 16}),
+    const OwnedBitmap dest = make_bitmap(4, 1, BMP_FMT_YUY2),
+                      a = bitmap_of(BMP_FMT_YUY2, {16, 16, 16, 16, 16, 16, 16, 16}),
                       b = bitmap_of(BMP_FMT_YUY2, {240, 240, 240, 240, 240, 240, 240, 240});
     compose(dest, a, b, weights_of({4096, 0, 0, 4096}));
     EXPECT_EQ(bytes_at(line(dest, 0), 8), (Bytes{240, 240, 16, 240, 16, 16, 240, 16}));
@@ -204,10 +215,12 @@ TEST_P(Compose, Yuy2WritesWholeGroupsIntoThePadding) {
         std::memset(line(dest, 0), 7, 16);
         library().compose(dest.get(), a.get(), a.get(), mask, 0);
         int bytes = 16;
-        while (bytes > 0 && line(dest, 0)[bytes - 1] == 7) --bytes;
+        while (bytes > 0 && line(dest, 0)[bytes - 1] == 7)
+            --bytes;
         return bytes;
     };
-    const OwnedBitmap dest = make_bitmap(1, 1, BMP_FMT_YUY2), w16 = make_weights(1, 1, 4096), a8 = make_filled(1, 1, BMP_FMT_A8, 128);
+    const OwnedBitmap dest = make_bitmap(1, 1, BMP_FMT_YUY2), w16 = make_weights(1, 1, 4096),
+                      a8 = make_filled(1, 1, BMP_FMT_A8, 128);
     EXPECT_EQ(written(dest, w16.get()), 16);
     EXPECT_EQ(written(dest, a8.get()), 16);
 
@@ -241,15 +254,19 @@ TEST_P(Compose, LevelsBetweenRoundAsTheirColumn) {
     const OwnedBitmap dest = make_bitmap(8, 1, BMP_FMT_A8), a = bitmap_of(BMP_FMT_A8, {0, 1, 100, 255, 7, 254, 0, 255}),
                       b = bitmap_of(BMP_FMT_A8, {255, 2, 101, 255, 9, 255, 1, 0});
     compose_at(dest, a, b, 2048);
-    EXPECT_EQ(bytes_at(line(dest, 0), 8), plain() ? (Bytes{127, 1, 100, 255, 8, 254, 0, 127}) : (Bytes{128, 2, 101, 255, 8, 255, 1, 128}));
+    EXPECT_EQ(bytes_at(line(dest, 0), 8),
+              plain() ? (Bytes{127, 1, 100, 255, 8, 254, 0, 127}) : (Bytes{128, 2, 101, 255, 8, 255, 1, 128}));
     // 3/4 and 1/4: 63.75, 1.25, 100.25, 255, 7.5, 254.25, 0.25, 191.25
     compose_at(dest, a, b, 1024);
-    EXPECT_EQ(bytes_at(line(dest, 0), 8), plain() ? (Bytes{63, 1, 100, 255, 7, 254, 0, 191}) : (Bytes{64, 1, 100, 255, 8, 254, 0, 191}));
+    EXPECT_EQ(bytes_at(line(dest, 0), 8),
+              plain() ? (Bytes{63, 1, 100, 255, 7, 254, 0, 191}) : (Bytes{64, 1, 100, 255, 8, 254, 0, 191}));
 }
 
-// Level 5000: weights -904 and 5000. 100 and 200: 222.07. 255 and 0: -56.28 at level 0 is 0xfffff... >> 12, low bits 199.
+// Level 5000: weights -904 and 5000. 100 and 200: 222.07. 255 and 0: -56.28 at level 0 is 0xfffff... >> 12, low bits
+// 199.
 TEST_P(Compose, LevelsBeyondFullExtrapolate) {
-    const OwnedBitmap dest = make_bitmap(2, 1, BMP_FMT_A8), a = bitmap_of(BMP_FMT_A8, {100, 255}), b = bitmap_of(BMP_FMT_A8, {200, 0});
+    const OwnedBitmap dest = make_bitmap(2, 1, BMP_FMT_A8), a = bitmap_of(BMP_FMT_A8, {100, 255}),
+                      b = bitmap_of(BMP_FMT_A8, {200, 0});
     compose_at(dest, a, b, 5000);
     EXPECT_EQ(bytes_at(line(dest, 0), 2), (Bytes{222, choose(199, 0)}));
 }
@@ -295,7 +312,8 @@ TEST_P(Compose, BandOfRgbqRoundsOnceAtLevel0AndEachTermElsewhere) {
 TEST_P(Compose, OverAColorTheWeightIsTheSources) {
     const OwnedBitmap src = make_filled(2, 1, BMP_FMT_YUY2, 100), dest = make_bitmap(2, 1, BMP_FMT_YUY2);
     compose_color(dest, src, nullptr, weights_of({0, 4096}), nullptr, 0xc83214);
-    EXPECT_EQ(bytes_at(line(dest, 0), 4), (Bytes{200, 75, 100, 60})) << "chroma: halfway, by the sum of the pair's weights";
+    EXPECT_EQ(bytes_at(line(dest, 0), 4), (Bytes{200, 75, 100, 60}))
+        << "chroma: halfway, by the sum of the pair's weights";
     compose_color(dest, src, nullptr, weights_of({0, 0}), nullptr, 0xc83214);
     EXPECT_EQ(bytes_at(line(dest, 0), 4), (Bytes{200, 50, 200, 20}));
     compose_color(dest, src, nullptr, weights_of({4096, 4096}), nullptr, 0xc83214);
@@ -310,7 +328,8 @@ TEST_P(Compose, OverAColorYuy2RoundsHalvesUp) {
 }
 
 TEST_P(Compose, OverAColorRgbqIsTheSameAtEveryLevel) {
-    const OwnedBitmap src = bitmap_of(BMP_FMT_RGBQ, {101, 101, 101, 101, 9, 9, 9, 9, 0, 0, 0, 0}), dest = make_filled(3, 1, BMP_FMT_RGBQ, 7);
+    const OwnedBitmap src = bitmap_of(BMP_FMT_RGBQ, {101, 101, 101, 101, 9, 9, 9, 9, 0, 0, 0, 0}),
+                      dest = make_filled(3, 1, BMP_FMT_RGBQ, 7);
     compose_color(dest, src, nullptr, weights_of({2048, 0, 4096}), nullptr, 0x44332264);
     EXPECT_EQ(bytes_at(line(dest, 0), 12), (Bytes{100, (101 + 0x22) / 2, 76, 7, 0x64, 0x22, 0x33, 7, 0, 0, 0, 7}))
         << "truncated, bits 0..7 to byte 0, the fourth byte kept";
@@ -336,7 +355,8 @@ class ComposeProperties : public Compose {
 protected:
     static OwnedBitmap random_weights(Random& random, int width) {
         OwnedBitmap w = make_bitmap(width, 1, BMP_FMT_PWRW);
-        for (int x = 0; x < width; ++x) weights(w, 0)[x] = static_cast<uint16_t>(random.below(4097));
+        for (int x = 0; x < width; ++x)
+            weights(w, 0)[x] = static_cast<uint16_t>(random.below(4097));
         return w;
     }
 };
@@ -346,10 +366,12 @@ TEST_P(ComposeProperties, ComplementingTheWeightsSwapsTheSources) {
         Random random(round_seed(round));
         const int width = 2 * random.between(1, 60);
         const int format = random.pick({BMP_FMT_YUY2, BMP_FMT_RGBQ});
-        const OwnedBitmap a = make_noise(width, 1, format, random.next()), b = make_noise(width, 1, format, random.next());
+        const OwnedBitmap a = make_noise(width, 1, format, random.next()),
+                          b = make_noise(width, 1, format, random.next());
         const OwnedBitmap w = random_weights(random, width), swapped = random_weights(random, width);
         const int padded = w->pitch / 2;
-        for (int x = 0; x < padded; ++x) weights(swapped, 0)[x] = static_cast<uint16_t>(4096 - weights(w, 0)[x]);
+        for (int x = 0; x < padded; ++x)
+            weights(swapped, 0)[x] = static_cast<uint16_t>(4096 - weights(w, 0)[x]);
         const OwnedBitmap one = make_bitmap(width, 1, format), other = make_bitmap(width, 1, format);
         compose(one, a, b, w);
         compose(other, b, a, swapped);
@@ -365,7 +387,8 @@ TEST_P(ComposeProperties, ComplementingTheWeightsSwapsTheSources) {
 TEST_P(ComposeProperties, ConstantsStayConstant) {
     for (int byte = 0; byte < 256; ++byte) {
         Random random(round_seed(byte));
-        const OwnedBitmap src = make_filled(64, 1, BMP_FMT_YUY2, byte), w = random_weights(random, 64), dest = make_bitmap(64, 1, BMP_FMT_YUY2);
+        const OwnedBitmap src = make_filled(64, 1, BMP_FMT_YUY2, byte), w = random_weights(random, 64),
+                          dest = make_bitmap(64, 1, BMP_FMT_YUY2);
         compose(dest, src, src, w);
         for (int i = 0; i < 128; ++i) {
             const int weight = weights(w, 0)[i % 2 ? i / 4 * 2 : i / 2];
@@ -373,7 +396,8 @@ TEST_P(ComposeProperties, ConstantsStayConstant) {
             ASSERT_EQ(line(dest, 0)[i], want) << i << " weight " << weight;
         }
         const OwnedBitmap masks = make_bitmap(64, 1, BMP_FMT_A8);
-        for (int x = 0; x < 64; ++x) line(masks, 0)[x] = static_cast<uint8_t>(random.below(129));
+        for (int x = 0; x < 64; ++x)
+            line(masks, 0)[x] = static_cast<uint8_t>(random.below(129));
         compose(dest, src, src, masks);
         ASSERT_EQ(bytes_at(line(dest, 0), 128), Bytes(128, byte)) << "byte masks are exact at every level";
         compose_at(dest, src, src, random.between(0, 4096));

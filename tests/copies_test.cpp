@@ -15,8 +15,10 @@ std::set<int> lines_of_bytes(const OwnedBitmap& bitmap, int byte) {
     std::set<int> found;
     for (int y = 0; y < bitmap->height; ++y) {
         bool all = true;
-        for (int i = 0; i < bitmap->pitch; ++i) all = all && line(bitmap, y)[i] == byte;
-        if (all) found.insert(y);
+        for (int i = 0; i < bitmap->pitch; ++i)
+            all = all && line(bitmap, y)[i] == byte;
+        if (all)
+            found.insert(y);
     }
     return found;
 }
@@ -24,7 +26,8 @@ std::set<int> lines_of_bytes(const OwnedBitmap& bitmap, int byte) {
 /// A bitmap whose line y holds y + 10 in every byte.
 OwnedBitmap make_numbered(int width, int height, int format, int first = 10) {
     OwnedBitmap bitmap = make_bitmap(width, height, format);
-    for (int y = 0; y < height; ++y) std::memset(line(bitmap, y), first + y, static_cast<size_t>(bitmap->pitch));
+    for (int y = 0; y < height; ++y)
+        std::memset(line(bitmap, y), first + y, static_cast<size_t>(bitmap->pitch));
     return bitmap;
 }
 
@@ -101,7 +104,8 @@ TEST(Copy, AFieldOfOneLineHasNoOddOne) {
 TEST(Copy, OntoItselfChangesNothing) {
     const OwnedBitmap bitmap = make_noise(33, 5, BMP_FMT_RGBQ, 1);
     const auto before = snapshot(bitmap);
-    for (const uint32_t flags : {0u, 2u, 3u}) library().copy(bitmap.get(), bitmap.get(), flags);
+    for (const uint32_t flags : {0u, 2u, 3u})
+        library().copy(bitmap.get(), bitmap.get(), flags);
     EXPECT_EQ(snapshot(bitmap), before);
 }
 
@@ -112,7 +116,8 @@ class Blt : public testing::Test {
 protected:
     Blt() {
         for (int y = 0; y < source_->height; ++y)
-            for (int x = 0; x < source_->width; ++x) line(source_, y)[x] = pixel(x, y);
+            for (int x = 0; x < source_->width; ++x)
+                line(source_, y)[x] = pixel(x, y);
     }
     static uint8_t pixel(int x, int y) { return static_cast<uint8_t>(1 + x + 16 * y); }
 
@@ -131,16 +136,16 @@ protected:
 TEST_F(Blt, LeftOfTheDestinationDropsTheRightPixels) {
     blt(-3, 0, 10, 10, 0, 0);
     for (int y = 0; y < 10; ++y)
-        EXPECT_EQ(row(y), (std::vector<int>{pixel(0, y), pixel(1, y), pixel(2, y), pixel(3, y), pixel(4, y), pixel(5, y), pixel(6, y),
-                                            0, 0, 0, 0, 0}));
+        EXPECT_EQ(row(y), (std::vector<int>{pixel(0, y), pixel(1, y), pixel(2, y), pixel(3, y), pixel(4, y),
+                                            pixel(5, y), pixel(6, y), 0, 0, 0, 0, 0}));
     EXPECT_EQ(row(10), std::vector<int>(12, 0));
 }
 
 TEST_F(Blt, LeftOfTheSourceMovesTheDestination) {
     blt(0, 0, 10, 10, -3, 0);
     for (int y = 0; y < 10; ++y)
-        EXPECT_EQ(row(y), (std::vector<int>{0, 0, 0, pixel(0, y), pixel(1, y), pixel(2, y), pixel(3, y), pixel(4, y), pixel(5, y),
-                                            pixel(6, y), 0, 0}));
+        EXPECT_EQ(row(y), (std::vector<int>{0, 0, 0, pixel(0, y), pixel(1, y), pixel(2, y), pixel(3, y), pixel(4, y),
+                                            pixel(5, y), pixel(6, y), 0, 0}));
     EXPECT_EQ(row(10), std::vector<int>(12, 0));
 }
 
@@ -171,17 +176,20 @@ TEST_F(Blt, EndsAtBothRightAndBottomEdges) {
 
 TEST_F(Blt, OddFieldSkipsALineInBoth) {
     blt(0, 4, 12, 5, 0, 2, BMP_FIELD | BMP_FIELD_ODD);
-    for (int y = 0; y < 12; ++y) EXPECT_EQ(row(y)[0], y == 5 ? pixel(0, 3) : y == 7 ? pixel(0, 5) : 0) << y;
+    for (int y = 0; y < 12; ++y)
+        EXPECT_EQ(row(y)[0], y == 5 ? pixel(0, 3) : y == 7 ? pixel(0, 5) : 0) << y;
 }
 
 TEST_F(Blt, EvenFieldTakesEverySecondLine) {
     blt(0, 4, 12, 5, 0, 2, BMP_FIELD);
-    for (int y = 0; y < 12; ++y) EXPECT_EQ(row(y)[0], y == 4 ? pixel(0, 2) : y == 6 ? pixel(0, 4) : y == 8 ? pixel(0, 6) : 0) << y;
+    for (int y = 0; y < 12; ++y)
+        EXPECT_EQ(row(y)[0], y == 4 ? pixel(0, 2) : y == 6 ? pixel(0, 4) : y == 8 ? pixel(0, 6) : 0) << y;
 }
 
 TEST_F(Blt, OddFlagAloneIsNothing) {
     blt(0, 4, 12, 2, 0, 2, BMP_FIELD_ODD);
-    for (int y = 0; y < 12; ++y) EXPECT_EQ(row(y)[0], y == 4 ? pixel(0, 2) : y == 5 ? pixel(0, 3) : 0) << y;
+    for (int y = 0; y < 12; ++y)
+        EXPECT_EQ(row(y)[0], y == 4 ? pixel(0, 2) : y == 5 ? pixel(0, 3) : 0) << y;
 }
 
 TEST_F(Blt, OneLineOfTheWrongParityIsNothing) {
@@ -236,7 +244,8 @@ Lines rebuilt(int height, uint32_t flags, bool in_place = false) {
     // Lines 10, 20, 40, 80, ...: every average is one of its own.
     const OwnedBitmap source = make_bitmap(9, height, BMP_FMT_YUY2);
     constexpr int kBytes[] = {10, 21, 40, 81, 160, 250};
-    for (int y = 0; y < height; ++y) std::memset(line(source, y), kBytes[y], static_cast<size_t>(source->pitch));
+    for (int y = 0; y < height; ++y)
+        std::memset(line(source, y), kBytes[y], static_cast<size_t>(source->pitch));
     const OwnedBitmap destination = make_filled(9, height, BMP_FMT_YUY2, 1);
     Bitmap* const target = in_place ? source.get() : destination.get();
     library().interporate(target, source.get(), flags);

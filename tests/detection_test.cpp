@@ -32,13 +32,16 @@ Machine machine;
 
 const CpuProbe kProbe = {
     .has_cpuid = [] { return machine.cpuid; },
-    .cpuid =
-        [](uint32_t leaf, uint32_t subleaf) -> CpuidRegisters {
+    .cpuid = [](uint32_t leaf, uint32_t subleaf) -> CpuidRegisters {
         ++machine.cpuid_calls;
-        if (leaf == 0) return {machine.highest, 0x756e6547, 0x6c65746e, 0x49656e69};
-        if (leaf == 1) return {0x000106a5, 0, machine.ecx, machine.edx};
-        if (leaf == 7 && subleaf == 0) return {0, machine.ebx7, 0xffffffff, 0xffffffff};
-        if (machine.other_leaf) return machine.other_leaf(leaf, subleaf);
+        if (leaf == 0)
+            return {machine.highest, 0x756e6547, 0x6c65746e, 0x49656e69};
+        if (leaf == 1)
+            return {0x000106a5, 0, machine.ecx, machine.edx};
+        if (leaf == 7 && subleaf == 0)
+            return {0, machine.ebx7, 0xffffffff, 0xffffffff};
+        if (machine.other_leaf)
+            return machine.other_leaf(leaf, subleaf);
         return {0, 0, 0, 0};
     },
     .enabled_states =
@@ -102,10 +105,8 @@ TEST(DetectLevel, NoOtherBitMatters) {
     EXPECT_EQ(level_of({.highest = 1, .edx = kMmx | kSse | kSse2}), 4);
 }
 
-constexpr Machine kHasAvx2 = {.edx = kMmx | kSse | kSse2,
-                              .ecx = kOsxsave | kAvx,
-                              .ebx7 = kAvx2,
-                              .states = kSystemSse | kSystemAvx};
+constexpr Machine kHasAvx2 = {
+    .edx = kMmx | kSse | kSse2, .ecx = kOsxsave | kAvx, .ebx7 = kAvx2, .states = kSystemSse | kSystemAvx};
 constexpr Machine with_avx512(uint32_t features, uint64_t states) {
     Machine m = kHasAvx2;
     m.ebx7 |= features;
@@ -173,11 +174,11 @@ CpuidRegisters cache(uint32_t type, uint32_t level, uint32_t ways, uint32_t part
 
 CpuidRegisters three_caches(uint32_t subleaf) {
     switch (subleaf) {
-    case 0: return cache(1, 1, 8, 1, 64, 64);
-    case 1: return cache(2, 1, 8, 1, 64, 64);
-    case 2: return cache(3, 2, 16, 1, 64, 2048);
-    case 3: return cache(3, 3, 16, 1, 64, 32768);
-    default: return {0, 0, 0, 0};
+        case 0: return cache(1, 1, 8, 1, 64, 64);
+        case 1: return cache(2, 1, 8, 1, 64, 64);
+        case 2: return cache(3, 2, 16, 1, 64, 2048);
+        case 3: return cache(3, 3, 16, 1, 64, 32768);
+        default: return {0, 0, 0, 0};
     }
 }
 
@@ -187,7 +188,7 @@ TEST(DetectCache, FindsTheSecondLevel) {
     }};
     EXPECT_EQ(detect_l2_cache_bytes(kProbe), 2097152u);
     machine = {.other_leaf = [](uint32_t leaf, uint32_t subleaf) {
-        return leaf == 0x80000000 ? CpuidRegisters{0x8000001e, 0, 0, 0}
+        return leaf == 0x80000000   ? CpuidRegisters{0x8000001e, 0, 0, 0}
                : leaf == 0x8000001d ? three_caches(subleaf)
                                     : CpuidRegisters{};
     }};

@@ -24,7 +24,8 @@ TEST_P(Digests, DoNotDependOnHowStoresGo) {
     std::string lines[2];
     for (const bool streams : {false, true}) {
         const ForceStreaming streaming(streams);
-        for (const Digest& digest : digest_corpus(GetParam().level == 0)) lines[streams] += to_line(digest);
+        for (const Digest& digest : digest_corpus(GetParam().level == 0))
+            lines[streams] += to_line(digest);
     }
     EXPECT_EQ(lines[0], lines[1]);
 }

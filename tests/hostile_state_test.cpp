@@ -21,7 +21,8 @@ protected:
 };
 
 // Precision 24, 53, 64 bits; rounding to nearest, down, up, toward zero; all exceptions masked, then none.
-constexpr uint16_t kX87Controls[] = {0x037f, 0x027f, 0x007f, 0x0f7f, 0x0c7f, 0x047f, 0x0b7f, 0x087f, 0x0260, 0x0c40, 0x0340};
+constexpr uint16_t kX87Controls[] = {0x037f, 0x027f, 0x007f, 0x0f7f, 0x0c7f, 0x047f,
+                                     0x0b7f, 0x087f, 0x0260, 0x0c40, 0x0340};
 // Rounding, flush to zero, denormals are zero, every exception noted; none masked.
 constexpr uint32_t kMxcsrs[] = {0x1f80, 0x3f80, 0x5f80, 0x7f80, 0x9fc0, 0xffc0, 0x1fbf, 0x0000, 0x6000};
 
@@ -36,7 +37,8 @@ TEST_P(HostileState, ChangesNoByteAndIsGivenBack) {
                 FloatState before, after;
                 {
                     const KeepFloatState keep;
-                    constexpr uint16_t kAllMasked = 0x3f, kNoted = 0x21;  // invalid and inexact, of which a host may take note later
+                    constexpr uint16_t kAllMasked = 0x3f,
+                                       kNoted = 0x21;  // invalid and inexact, of which a host may take note later
                     set_x87_control(control);
                     set_x87_status((control & kAllMasked) == kAllMasked ? kNoted : 0);
                     set_mxcsr(mxcsr);
@@ -47,7 +49,8 @@ TEST_P(HostileState, ChangesNoByteAndIsGivenBack) {
                 ASSERT_EQ(before.x87_control, control) << "the test's own state did not take";
                 constexpr uint16_t kExceptions = 0xff;
                 ASSERT_EQ(after.x87_control, before.x87_control) << call.name;
-                ASSERT_EQ(after.x87_status & kExceptions, before.x87_status & kExceptions) << call.name << std::hex << " under " << control;
+                ASSERT_EQ(after.x87_status & kExceptions, before.x87_status & kExceptions)
+                    << call.name << std::hex << " under " << control;
                 ASSERT_EQ(after.x87_tags, kX87Empty) << call.name;
                 ASSERT_EQ(after.mxcsr, before.mxcsr) << call.name << std::hex << " under " << mxcsr;
                 ASSERT_EQ(first_difference(scene.contents(), want), "")

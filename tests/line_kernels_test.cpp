@@ -15,14 +15,16 @@ class LineKernelsTest : public testing::TestWithParam<std::tuple<Tables, StoreKi
 protected:
     void SetUp() override {
         const std::string reason = why_not(tables());
-        if (!reason.empty()) GTEST_SKIP() << reason;
+        if (!reason.empty())
+            GTEST_SKIP() << reason;
     }
     const Tables& tables() const { return std::get<0>(GetParam()); }
     StoreKind store() const { return std::get<1>(GetParam()); }
 
     /// One line at some place: flush against a fence, or at any address.
     void lay_out(Random& random, KernelPlane& plane, int bytes) {
-        plane.lay_out(static_cast<size_t>(bytes), 1, 0, random.chance(60), random.chance(40) ? kFlush : random.between(0, 15));
+        plane.lay_out(static_cast<size_t>(bytes), 1, 0, random.chance(60),
+                      random.chance(40) ? kFlush : random.between(0, 15));
         plane.fill(random, fill_pixels);
     }
 
@@ -34,12 +36,15 @@ protected:
             for (int bytes = 0; bytes <= 300; ++bytes) {
                 Random random(round_seed(call++));
                 check(random, bytes == 300 ? random.between(300, 5000) : bytes);
-                if (HasFatalFailure()) return;
+                if (HasFatalFailure())
+                    return;
             }
         }
     }
 
-    std::string context(const Random& random, int bytes) const { return std::to_string(bytes) + " bytes" + how_to_repeat(random); }
+    std::string context(const Random& random, int bytes) const {
+        return std::to_string(bytes) + " bytes" + how_to_repeat(random);
+    }
 
     KernelPlane a_, b_, c_, d_;
 };
@@ -49,13 +54,16 @@ TEST_P(LineKernelsTest, Fill) {
     for_many_lengths([&](Random& random, int bytes) {
         const bool words = bytes % 2 == 0 && random.chance(70);
         a_.lay_out(static_cast<size_t>(bytes), 1, 0, random.chance(60),
-                   words ? 2 * random.between(0, 7) : random.chance(40) ? kFlush : random.between(0, 15));
+                   words               ? 2 * random.between(0, 7)
+                   : random.chance(40) ? kFlush
+                                       : random.between(0, 15));
         a_.fill(random, fill_pixels);
         const uint32_t value = words ? random.below(65536) * 0x10001u : random.below(256) * 0x1010101u;
         call_checked(line_kernels.fill[store()], a_.first(), static_cast<size_t>(bytes), value);
         line_kernels.end_stream();
         std::vector<uint8_t> want = a_.before();
-        for (int i = 0; i < bytes; ++i) a_.line_in(want, 0)[i] = static_cast<uint8_t>(value >> 8 * (i % 4));
+        for (int i = 0; i < bytes; ++i)
+            a_.line_in(want, 0)[i] = static_cast<uint8_t>(value >> 8 * (i % 4));
         ASSERT_EQ(a_.difference(want), "") << context(random, bytes);
     });
 }
@@ -69,7 +77,8 @@ TEST_P(LineKernelsTest, Copy) {
         call_checked(line_kernels.copy[store()], a_.first(), source.first(), static_cast<size_t>(bytes));
         line_kernels.end_stream();
         std::vector<uint8_t> want = a_.before();
-        if (bytes) std::memcpy(a_.line_in(want, 0), source.line_before(0), static_cast<size_t>(bytes));
+        if (bytes)
+            std::memcpy(a_.line_in(want, 0), source.line_before(0), static_cast<size_t>(bytes));
         ASSERT_EQ(a_.difference(want), "") << context(random, bytes);
         ASSERT_EQ(b_.difference(b_.before()), "") << context(random, bytes);
     });
@@ -77,7 +86,8 @@ TEST_P(LineKernelsTest, Copy) {
 
 TEST_P(LineKernelsTest, Interpolate) {
     for_many_lengths([&](Random& random, int bytes) {
-        for (KernelPlane* plane : {&a_, &b_, &c_, &d_}) lay_out(random, *plane, bytes);
+        for (KernelPlane* plane : {&a_, &b_, &c_, &d_})
+            lay_out(random, *plane, bytes);
         const bool in_place = random.chance(40);  // the line below is where it belongs already
         const KernelPlane &between = a_, &copied = in_place ? d_ : b_, &above = c_, &below = d_;
         call_checked(line_kernels.interpolate[store()], between.first(), copied.first(), above.first(), below.first(),
@@ -104,7 +114,8 @@ TEST_P(LineKernelsTest, InterpolateRoundsHalvesUp) {
     uint8_t above[256], below[256], between[256], copied[256];
     for (int a = 0; a < 256; ++a) {
         std::memset(above, a, sizeof above);
-        for (int b = 0; b < 256; ++b) below[b] = static_cast<uint8_t>(b);
+        for (int b = 0; b < 256; ++b)
+            below[b] = static_cast<uint8_t>(b);
         line_kernels.interpolate[store()](between, copied, above, below, 256);
         line_kernels.end_stream();
         for (int b = 0; b < 256; ++b) {
@@ -115,7 +126,8 @@ TEST_P(LineKernelsTest, InterpolateRoundsHalvesUp) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, LineKernelsTest,
-                         testing::Combine(testing::ValuesIn(all_tables()), testing::Values(kStoreCached, kStoreStreamed)),
+                         testing::Combine(testing::ValuesIn(all_tables()),
+                                          testing::Values(kStoreCached, kStoreStreamed)),
                          [](const auto& info) {
                              return tables_name({std::get<0>(info.param), 0}) +
                                     (std::get<1>(info.param) == kStoreStreamed ? "_streamed" : "_cached");

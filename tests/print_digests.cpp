@@ -15,8 +15,10 @@ int main() {
             return 1;
         }
         const UseTables use(tables);
-        for (const Digest& digest : digest_corpus(tables.level == 0)) lines.insert(to_line(digest));
+        for (const Digest& digest : digest_corpus(tables.level == 0))
+            lines.insert(to_line(digest));
     }
-    for (const std::string& line : lines) std::fputs(line.c_str(), stdout);
+    for (const std::string& line : lines)
+        std::fputs(line.c_str(), stdout);
     return std::fflush(stdout) == 0 ? 0 : 1;
 }

@@ -57,7 +57,8 @@ TEST(ComposeSelection, IsThePrintedTable) {
     for (int level = 0; level < kCpuLevels; ++level) {
         const auto slots = filled(level, 8);
         for (int slot = 0; slot < kSlots; ++slot)
-            EXPECT_EQ(slots[slot], in_order(set_named(kSelection[slot][level]))[slot]) << "level " << level << " slot " << slot;
+            EXPECT_EQ(slots[slot], in_order(set_named(kSelection[slot][level]))[slot])
+                << "level " << level << " slot " << slot;
     }
 }
 
@@ -76,7 +77,8 @@ TEST(ComposeSelection, AlignedSlotsShareTheirTwinsKernelBelowLevel4) {
 
 TEST(ComposeSelection, Slot10IsOneKernelAtEveryLevelAndWidth) {
     const auto kernel = filled(0, 8)[10];
-    for (const Tables& tables : all_tables()) EXPECT_EQ(filled(tables.level, tables.register_bytes)[10], kernel);
+    for (const Tables& tables : all_tables())
+        EXPECT_EQ(filled(tables.level, tables.register_bytes)[10], kernel);
 }
 
 TEST(ComposeSelection, EveryOtherSlotHasPlainAndVectorKernelsOfItsOwn) {
@@ -90,8 +92,10 @@ TEST(ComposeSelection, EveryOtherSlotHasPlainAndVectorKernelsOfItsOwn) {
 }
 
 TEST(ComposeSelection, WidthsReplaceKernelsAtLevel4Only) {
-    for (int level = 0; level <= 3; ++level) EXPECT_EQ(filled(level, kWidestRegister), filled(level, 8)) << level;
-    if (usable_register_bytes() < 16) GTEST_SKIP() << "this machine has no wider registers";
+    for (int level = 0; level <= 3; ++level)
+        EXPECT_EQ(filled(level, kWidestRegister), filled(level, 8)) << level;
+    if (usable_register_bytes() < 16)
+        GTEST_SKIP() << "this machine has no wider registers";
     for (int width = 16; width <= usable_register_bytes(); width *= 2) {
         const auto narrow = filled(4, width / 2), wide = filled(4, width);
         for (int slot = 0; slot < kSlots; ++slot) {
@@ -155,7 +159,8 @@ protected:
         std::memcpy(before_, span_group, sizeof before_);
         for (int group = 0; group < kSpanGroups; ++group) {
             rows_[group].group = static_cast<SpanGroup>(group);
-            for (int column = 0; column < 2; ++column) rows_[group].column[column] = &stored_[number(group, column, 0)];
+            for (int column = 0; column < 2; ++column)
+                rows_[group].column[column] = &stored_[number(group, column, 0)];
         }
     }
     void TearDown() override { std::memcpy(span_group, before_, sizeof before_); }
@@ -180,14 +185,17 @@ TEST_F(SpanSelection, CopiesTwentyOneOfWhateverIsStored) {
     }
 }
 
-// The array is the last thing before the next group's: a copied 22nd entry would show there or, in the last group, behind it.
+// The array is the last thing before the next group's: a copied 22nd entry would show there or, in the last group,
+// behind it.
 TEST_F(SpanSelection, LeavesTheOtherGroupsAlone) {
     for (int only = 0; only < kSpanGroups; ++only) {
         SpanRow rows[kSpanGroups];
-        for (SpanRow& row : rows) row = rows_[only];
+        for (SpanRow& row : rows)
+            row = rows_[only];
         const SpanKernel mark = numbered_span<-1>;
         for (auto& group : span_group)
-            for (SpanKernel& cell : group) cell = mark;
+            for (SpanKernel& cell : group)
+                cell = mark;
         select_spans(rows, 4);
         for (int group = 0; group < kSpanGroups; ++group) {
             for (int filter = 0; filter < kSpanFilters; ++filter)
@@ -207,7 +215,8 @@ TEST_F(SpanSelection, GroupsStandInTheirOrder) {
     EXPECT_EQ(kSpanRgbqDepth, 7);
     EXPECT_EQ(kSpanA8TintYuy2, 8);
     EXPECT_EQ(kSpanA8TintRgbq, 9);
-    for (int group = 0; group < kSpanGroups; ++group) EXPECT_EQ(kSpanRows[group].group, group);
+    for (int group = 0; group < kSpanGroups; ++group)
+        EXPECT_EQ(kSpanRows[group].group, group);
 }
 
 TEST_F(SpanSelection, FillTakesTheLibrarysOwnRows) {

@@ -29,7 +29,8 @@ protected:
                 plane_.lay_out(static_cast<size_t>(2 * count), 1, 0, random.chance(60),
                                random.chance(40) ? kFlush : 2 * random.between(0, 7));
                 plane_.fill(random, fill_weights);
-                const int v = random.chance(50) ? random.between(0, 4096) : random.pick({0, 1, 4096, 32767, 32768, 65535});
+                const int v =
+                    random.chance(50) ? random.between(0, 4096) : random.pick({0, 1, 4096, 32767, 32768, 65535});
                 call_checked(shape_kernels.*kernel, reinterpret_cast<uint16_t*>(plane_.first()), count, v);
                 std::vector<uint8_t> want = plane_.before();
                 for (int i = 0; i < count; ++i) {
@@ -56,10 +57,10 @@ TEST_P(ShapeKernelsTest, MaxRunComparesUnsigned) {
 
 double ramp_width(Random& random, double radius) {
     switch (random.below(8)) {
-    case 0: return random.pick({1e-30, 1e30, 1e-3, 1e9, std::nan(""), HUGE_VAL, 1e-300});
-    case 1: return random.pick({1.0, 2.0, 1024.0, 512.0, 64.0});
-    case 2: return radius;
-    default: return static_cast<double>(1 + random.below(1 << 16)) / random.pick({64, 640, 6400});
+        case 0: return random.pick({1e-30, 1e30, 1e-3, 1e9, std::nan(""), HUGE_VAL, 1e-300});
+        case 1: return random.pick({1.0, 2.0, 1024.0, 512.0, 64.0});
+        case 2: return radius;
+        default: return static_cast<double>(1 + random.below(1 << 16)) / random.pick({64, 640, 6400});
     }
 }
 
@@ -67,19 +68,24 @@ TEST_P(ShapeKernelsTest, RampIsThePlainOne) {
     const UseTables use(GetParam());
     for (int round = 0; round < rounds(60000); ++round) {
         Random random(round_seed(round));
-        const int width = random.between(1, 400), first = random.between(0, width - 1), end = random.between(first, width);
-        const double radius = random.chance(5) ? random.pick({0.0, -3.0, 1e30, 1e6, 1e-30}) : random.between(0, 64 * 500) / 64.0;
+        const int width = random.between(1, 400), first = random.between(0, width - 1),
+                  end = random.between(first, width);
+        const double radius =
+            random.chance(5) ? random.pick({0.0, -3.0, 1e30, 1e6, 1e-30}) : random.between(0, 64 * 500) / 64.0;
         const bool linear = random.chance(50);
-        // Where in a pixel the centre lies decides how near to a step the distances come: whole, halves, 64ths, anything.
+        // Where in a pixel the centre lies decides how near to a step the distances come: whole, halves, 64ths,
+        // anything.
         const auto near = [&](int low, int high) {
-            return random.between(low, high) + random.pick({0.0, 0.5, random.below(64) / 64.0, random.below(1 << 24) / 16777216.0});
+            return random.between(low, high) +
+                   random.pick({0.0, 0.5, random.below(64) / 64.0, random.below(1 << 24) / 16777216.0});
         };
-        const RampLine line = {.cx = random.chance(3) ? random.pick({1e9, -1e9, 1e30, std::nan(""), HUGE_VAL}) : near(-200, 600),
-                               .dy = random.chance(3) ? random.pick({1e9, 1e30, std::nan("")}) : near(-300, 300),
-                               .radius = radius,
-                               .scale = 1024 / ramp_width(random, radius),
-                               .table = (linear ? kLinearRamp : kCosineRamp).weight,
-                               .linear = linear};
+        const RampLine line = {
+            .cx = random.chance(3) ? random.pick({1e9, -1e9, 1e30, std::nan(""), HUGE_VAL}) : near(-200, 600),
+            .dy = random.chance(3) ? random.pick({1e9, 1e30, std::nan("")}) : near(-300, 300),
+            .radius = radius,
+            .scale = 1024 / ramp_width(random, radius),
+            .table = (linear ? kLinearRamp : kCosineRamp).weight,
+            .linear = linear};
         const bool at_end = random.chance(60);
         for (KernelPlane* plane : {&plane_, &other_}) {
             plane->lay_out(static_cast<size_t>(2 * width), 1, 0, at_end, kFlush);
@@ -124,14 +130,16 @@ TEST(PlainRamp, IsItsFormula) {
                 want[x] = static_cast<uint16_t>(4 * k);
             }
         }
-        for (int x = 0; x < 100; ++x) ASSERT_EQ(got[x], want[x]) << x << how_to_repeat(random);
+        for (int x = 0; x < 100; ++x)
+            ASSERT_EQ(got[x], want[x]) << x << how_to_repeat(random);
     }
 }
 
 // ---------------------------------------------------------------- tables
 
 TEST(RampTables, LinearIsFourTimesTheStep) {
-    for (int k = 0; k <= 1024; ++k) EXPECT_EQ(kLinearRamp.weight[k], 4 * k);
+    for (int k = 0; k <= 1024; ++k)
+        EXPECT_EQ(kLinearRamp.weight[k], 4 * k);
 }
 
 TEST(RampTables, CosineHasItsKnownValues) {

@@ -19,8 +19,8 @@ constexpr uint32_t kEllipticEdges = BMP_SHAPE_ELLIPTIC | BMP_SHAPE_ELLIPTIC_EDGE
 
 class Shapes : public WithTables {
 protected:
-    static void rect(const OwnedBitmap& map, float x, float y, float width, float height, uint32_t flags = BMP_SHAPE_ADD,
-                     float radius_x = 0, float radius_y = 0) {
+    static void rect(const OwnedBitmap& map, float x, float y, float width, float height,
+                     uint32_t flags = BMP_SHAPE_ADD, float radius_x = 0, float radius_y = 0) {
         library().alpha_rect(map.get(), x, y, width, height, radius_x, radius_y, flags);
     }
     static void circle(const OwnedBitmap& map, float cx, float cy, float radius, float feather, float aspect = 1,
@@ -29,13 +29,15 @@ protected:
     }
     static std::vector<Weights> all_lines(const OwnedBitmap& map) {
         std::vector<Weights> lines;
-        for (int y = 0; y < map->height; ++y) lines.push_back(weights_of_line(map, y));
+        for (int y = 0; y < map->height; ++y)
+            lines.push_back(weights_of_line(map, y));
         return lines;
     }
     static double covered_area(const OwnedBitmap& map) {
         double sum = 0;
         for (const Weights& line : all_lines(map))
-            for (const int weight : line) sum += weight;
+            for (const int weight : line)
+                sum += weight;
         return sum / 4096;
     }
     static void expect_mirrored(const OwnedBitmap& map, bool left_right, bool top_bottom) {
@@ -78,7 +80,8 @@ TEST_P(AlphaRect, CutPixelsGetTheirCoveredFraction) {
     // Lines 0.75 .. 2.25, columns 1.25 .. 2.5: 48/64 and 32/64 across, 16/64 down.
     const OwnedBitmap other = make_bitmap(4, 3, BMP_FMT_PWRW);
     rect(other, 1.25, 0.75, 1.25, 1.5);
-    EXPECT_EQ(all_lines(other), (std::vector<Weights>{{0, 48 * 16, 32 * 16, 0}, {0, 48 * 64, 32 * 64, 0}, {0, 48 * 16, 32 * 16, 0}}));
+    EXPECT_EQ(all_lines(other),
+              (std::vector<Weights>{{0, 48 * 16, 32 * 16, 0}, {0, 48 * 64, 32 * 64, 0}, {0, 48 * 16, 32 * 16, 0}}));
 }
 
 TEST_P(AlphaRect, PositionsAreTruncatedTo64ths) {
@@ -137,14 +140,17 @@ TEST_P(AlphaRect, FieldsBeginAtTheirParity) {
         const OwnedBitmap map = make_bitmap(1, 8, BMP_FMT_PWRW);
         rect(map, 0, y, 1, 4, flags);
         Weights column;
-        for (int line = 0; line < 8; ++line) column.push_back(weights(map, line)[0]);
+        for (int line = 0; line < 8; ++line)
+            column.push_back(weights(map, line)[0]);
         return column;
     };
-    EXPECT_EQ(drawn(1, BMP_FIELD), (Weights{0, 0, 4096, 0, 4096, 0, 0, 0})) << "line 1 is odd: drawing starts at line 2";
+    EXPECT_EQ(drawn(1, BMP_FIELD), (Weights{0, 0, 4096, 0, 4096, 0, 0, 0}))
+        << "line 1 is odd: drawing starts at line 2";
     EXPECT_EQ(drawn(1, BMP_FIELD | BMP_FIELD_ODD), (Weights{0, 4096, 0, 4096, 0, 0, 0, 0}));
     EXPECT_EQ(drawn(2, BMP_FIELD), (Weights{0, 0, 4096, 0, 4096, 0, 0, 0}));
     EXPECT_EQ(drawn(2, BMP_FIELD | BMP_FIELD_ODD), (Weights{0, 0, 0, 4096, 0, 4096, 0, 0}));
-    EXPECT_EQ(drawn(2, BMP_FIELD_ODD), (Weights{0, 0, 4096, 4096, 4096, 4096, 0, 0})) << "the odd flag alone is nothing";
+    EXPECT_EQ(drawn(2, BMP_FIELD_ODD), (Weights{0, 0, 4096, 4096, 4096, 4096, 0, 0}))
+        << "the odd flag alone is nothing";
     // 1.5 to 5.5: lines 1 and 5 are cut, and both are odd.
     EXPECT_EQ(drawn(1.5, BMP_FIELD), (Weights{0, 0, 4096, 0, 4096, 0, 0, 0}));
     EXPECT_EQ(drawn(1.5, BMP_FIELD | BMP_FIELD_ODD), (Weights{0, 2048, 0, 4096, 0, 2048, 0, 0}));
@@ -183,9 +189,9 @@ TEST_P(AlphaRect, EmptyOnesDrawNothing) {
 
 // ---------------------------------------------------------------- elliptical corners
 
-// Radii of 2 on whole pixels, the centre of the corner at (2, 2). Of pixel (0, 0) the sample nearest to it lies (1.25, 1.25) away:
-// inside; the next ones (1.75, 1.25) = 2.15: outside. Of pixel (1, 0) the samples lie 0.25 and 0.75 across, 1.25 and 1.75 up, all
-// within 2. So every corner is 1024 and everything else full.
+// Radii of 2 on whole pixels, the centre of the corner at (2, 2). Of pixel (0, 0) the sample nearest to it lies (1.25,
+// 1.25) away: inside; the next ones (1.75, 1.25) = 2.15: outside. Of pixel (1, 0) the samples lie 0.25 and 0.75 across,
+// 1.25 and 1.75 up, all within 2. So every corner is 1024 and everything else full.
 TEST_P(AlphaRect, EllipticalCornersAreSampledTwiceTwice) {
     const OwnedBitmap map = make_bitmap(8, 6, BMP_FMT_PWRW);
     rect(map, 0, 0, 8, 6, kElliptic, 2, 2);
@@ -205,7 +211,8 @@ TEST_P(AlphaRect, EllipticalCornersKeepTheLargerWeight) {
 TEST_P(AlphaRect, EveryEllipticalFlagDrawsTheSamePicture) {
     const OwnedBitmap want = make_bitmap(40, 30, BMP_FMT_PWRW);
     rect(want, 3.25, 2.5, 33, 25.5, kElliptic, 9, 7);
-    for (const uint32_t flags : {kEllipticEdges, kElliptic | kEllipticEdges, kElliptic | BMP_SHAPE_MAX, kElliptic | 0x70u, kElliptic | 0x40000u}) {
+    for (const uint32_t flags : {kEllipticEdges, kElliptic | kEllipticEdges, kElliptic | BMP_SHAPE_MAX,
+                                 kElliptic | 0x70u, kElliptic | 0x40000u}) {
         const OwnedBitmap map = make_bitmap(40, 30, BMP_FMT_PWRW);
         rect(map, 3.25, 2.5, 33, 25.5, flags, 9, 7);
         EXPECT_EQ(snapshot(map), snapshot(want)) << flags;
@@ -225,7 +232,9 @@ TEST_P(AlphaRect, EllipticalFieldsAreLinesOfTheWhole) {
         const OwnedBitmap field = make_bitmap(40, 30, BMP_FMT_PWRW);
         rect(field, 3.25, 2.5, 33, 25.5, kElliptic | BMP_FIELD | odd, 9, 7);
         for (int y = 0; y < 30; ++y)
-            EXPECT_EQ(weights_of_line(field, y), y % 2 == static_cast<int>(odd) ? weights_of_line(whole, y) : Weights(40, 0)) << y;
+            EXPECT_EQ(weights_of_line(field, y),
+                      y % 2 == static_cast<int>(odd) ? weights_of_line(whole, y) : Weights(40, 0))
+                << y;
     }
 }
 
@@ -257,13 +266,15 @@ TEST_P(AlphaRect, AreSymmetricWhereTheRectangleIs) {
         const int width = random.between(1, 60), height = random.between(1, 60);
         const OwnedBitmap map = make_bitmap(width, height, BMP_FMT_PWRW);
         // In 64ths: as far from the left edge as from the right one, also outside the map.
-        const float x = static_cast<float>(random.between(-640, 32 * width)) / 64, y = static_cast<float>(random.between(-640, 32 * height)) / 64;
-        const float radius_x = static_cast<float>(random.below(2500)) / 64, radius_y = static_cast<float>(random.below(2500)) / 64;
+        const float x = static_cast<float>(random.between(-640, 32 * width)) / 64,
+                    y = static_cast<float>(random.between(-640, 32 * height)) / 64;
+        const float radius_x = static_cast<float>(random.below(2500)) / 64,
+                    radius_y = static_cast<float>(random.below(2500)) / 64;
         const float w = static_cast<float>(width) - 2 * x, h = static_cast<float>(height) - 2 * y;
         rect(map, x, y, w, h, kElliptic, radius_x, radius_y);
         expect_mirrored(map, true, true);
-        ASSERT_FALSE(HasFatalFailure()) << width << " x " << height << " at " << x << " " << y << " radii " << radius_x << " "
-                                        << radius_y << how_to_repeat(random);
+        ASSERT_FALSE(HasFatalFailure()) << width << " x " << height << " at " << x << " " << y << " radii " << radius_x
+                                        << " " << radius_y << how_to_repeat(random);
     }
 }
 
@@ -274,13 +285,14 @@ TEST_P(AlphaRect, CoversItsArea) {
         const OwnedBitmap map = make_bitmap(50, 40, BMP_FMT_PWRW);
         const int x0 = random.between(0, 64 * 20), y0 = random.between(0, 64 * 15);
         const int w = random.between(64 * 2, 64 * 30), h = random.between(64 * 2, 64 * 25);
-        rect(map, static_cast<float>(x0) / 64, static_cast<float>(y0) / 64, static_cast<float>(w) / 64, static_cast<float>(h) / 64);
+        rect(map, static_cast<float>(x0) / 64, static_cast<float>(y0) / 64, static_cast<float>(w) / 64,
+             static_cast<float>(h) / 64);
         ASSERT_EQ(covered_area(map), static_cast<double>(w) * h / 4096) << how_to_repeat(random);
     }
 }
 
-// The corners leave (4 - pi) rx ry uncovered. A sample more or less at every edge pixel of the four quarters errs by far less than
-// a quarter pixel each, as the errors have both signs.
+// The corners leave (4 - pi) rx ry uncovered. A sample more or less at every edge pixel of the four quarters errs by
+// far less than a quarter pixel each, as the errors have both signs.
 TEST_P(AlphaRect, EllipticalCornersCoverTheirArea) {
     for (const auto& [rx, ry] : {std::pair{30.0, 30.0}, {40.0, 20.0}, {12.0, 35.0}}) {
         const OwnedBitmap map = make_bitmap(120, 100, BMP_FMT_PWRW);
@@ -311,8 +323,9 @@ TEST_P(AlphaCircle, LargerThanTheMapIsFull) {
     }
 }
 
-// The centre of a 4 x 4 map, radius 1. Of pixel (1, 1), counted from the centre, samples lie at 1/8, 3/8, 5/8, 7/8 each way.
-// dx^2 + dy^2 <= 1 in 64ths (1 9 25 49 <= 64): 7/8 goes with 1/8 (50) and 3/8 (58), not with 5/8 (74); the others all: 13 of 16.
+// The centre of a 4 x 4 map, radius 1. Of pixel (1, 1), counted from the centre, samples lie at 1/8, 3/8, 5/8, 7/8 each
+// way. dx^2 + dy^2 <= 1 in 64ths (1 9 25 49 <= 64): 7/8 goes with 1/8 (50) and 3/8 (58), not with 5/8 (74); the others
+// all: 13 of 16.
 TEST_P(AlphaCircle, HardEdgesAreSampledFourTimesFour) {
     const OwnedBitmap map = make_weights(4, 4, 777);
     circle(map, 2, 2, 1, 0);
@@ -327,7 +340,8 @@ TEST_P(AlphaCircle, APixelHalfInsideAHardEdgeIsHalfFull) {
     EXPECT_NEAR(weights(map, 29)[50], 2048, 256);
     EXPECT_NEAR(weights(map, 30)[50], 2048, 256);
     for (const Weights& line : all_lines(map))
-        for (const int weight : line) ASSERT_EQ(weight % 256, 0);
+        for (const int weight : line)
+            ASSERT_EQ(weight % 256, 0);
 }
 
 TEST_P(AlphaCircle, LeavesTheOtherFieldAlone) {
@@ -368,7 +382,8 @@ TEST_P(AlphaCircle, AFeatherBeyondTheRadiusNeverReachesFull) {
     circle(map, 10.5, 10.5, 8, 9);
     EXPECT_EQ(weights(map, 10)[10], 4 * 910);  // 8 * 1024 / 9 + 0.5 = 910.7
     for (const Weights& line : all_lines(map))
-        for (const int weight : line) ASSERT_LT(weight, 4096);
+        for (const int weight : line)
+            ASSERT_LT(weight, 4096);
 }
 
 // Pixel (x, 20) lies x - 20 from the centre; radius 18, feather 16: k = (18 - d) * 64.
@@ -385,9 +400,9 @@ TEST_P(AlphaCircle, RampsAcrossTheFeather) {
     EXPECT_EQ(weights(linear, 20)[20], 4096);
     EXPECT_EQ(weights(linear, 20)[20 + 10], 2048);
     EXPECT_EQ(weights(cosine, 20)[20 + 10], 2048) << "halfway through the feather";
-    EXPECT_EQ(weights(cosine, 20)[20 + 14], 600);   // k = 256
-    EXPECT_EQ(weights(cosine, 20)[20 + 16], 156);   // k = 128
-    EXPECT_EQ(weights(cosine, 20)[20 + 6], 3496);   // k = 768
+    EXPECT_EQ(weights(cosine, 20)[20 + 14], 600);  // k = 256
+    EXPECT_EQ(weights(cosine, 20)[20 + 16], 156);  // k = 128
+    EXPECT_EQ(weights(cosine, 20)[20 + 6], 3496);  // k = 768
     EXPECT_EQ(weights(cosine, 20)[20], 4096);
 }
 
@@ -415,8 +430,8 @@ TEST_P(AlphaCircle, IsSymmetricAboutAnyQuarterPixelCentre) {
     }
 }
 
-// Each pixel on the edge is off by less than a row of samples, 4/16; over the whole edge, where the errors have both signs, the mean
-// stays below a sample, 1/16.
+// Each pixel on the edge is off by less than a row of samples, 4/16; over the whole edge, where the errors have both
+// signs, the mean stays below a sample, 1/16.
 TEST_P(AlphaCircle, HardOnesCoverTheirArea) {
     for (int round = 0; round < rounds(60); ++round) {
         Random random(round_seed(round));
@@ -424,19 +439,23 @@ TEST_P(AlphaCircle, HardOnesCoverTheirArea) {
         const double radius = 8 + random.below(52 * 64) / 64.0;
         circle(map, 65 + static_cast<float>(random.below(64)) / 64, 65 + static_cast<float>(random.below(64)) / 64,
                static_cast<float>(radius), 0);
-        ASSERT_NEAR(covered_area(map), std::numbers::pi * radius * radius, 2 * std::numbers::pi * radius / 16) << how_to_repeat(random);
+        ASSERT_NEAR(covered_area(map), std::numbers::pi * radius * radius, 2 * std::numbers::pi * radius / 16)
+            << how_to_repeat(random);
     }
 }
 
-// Either ramp is on the whole half full: the volume is that of a cone's frustum, pi (R^2 + R Ri + Ri^2) / 3 for the linear one.
+// Either ramp is on the whole half full: the volume is that of a cone's frustum, pi (R^2 + R Ri + Ri^2) / 3 for the
+// linear one.
 TEST_P(AlphaCircle, SoftOnesCoverTheirVolume) {
     for (int round = 0; round < rounds(60); ++round) {
         Random random(round_seed(round));
         const OwnedBitmap map = make_bitmap(130, 130, BMP_FMT_PWRW);
-        const double radius = 10 + random.below(50 * 64) / 64.0, feather = 2 + random.below(8 * 64) / 64.0, inner = radius - feather;
+        const double radius = 10 + random.below(50 * 64) / 64.0, feather = 2 + random.below(8 * 64) / 64.0,
+                     inner = radius - feather;
         circle(map, 65.25, 64.5, static_cast<float>(radius), static_cast<float>(feather));
         const double want = std::numbers::pi * (radius * radius + radius * inner + inner * inner) / 3;
-        ASSERT_NEAR(covered_area(map), want, 2 * std::numbers::pi * radius / 16) << radius << " " << feather << how_to_repeat(random);
+        ASSERT_NEAR(covered_area(map), want, 2 * std::numbers::pi * radius / 16)
+            << radius << " " << feather << how_to_repeat(random);
     }
 }
 
@@ -467,8 +486,10 @@ TEST_P(AlphaCircle, OddValuesStayInsideTheMap) {
             circle(map, 16, 4, 5, feather, value);
         }
         for (int y = 0; y < 9; ++y) {
-            for (const int weight : weights_of_line(map, y)) EXPECT_LE(weight, 4096);
-            for (int x = 33; x < map->pitch / 2; ++x) EXPECT_EQ(weights(map, y)[x], 777);
+            for (const int weight : weights_of_line(map, y))
+                EXPECT_LE(weight, 4096);
+            for (int x = 33; x < map->pitch / 2; ++x)
+                EXPECT_EQ(weights(map, y)[x], 777);
         }
     }
 }

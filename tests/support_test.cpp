@@ -60,7 +60,8 @@ TEST(Random, ReachesTheEdges) {
     std::vector<uint8_t> bytes(1 << 16);
     fill_weights(random, bytes);
     bool seen[65536] = {};
-    for (size_t i = 0; i < bytes.size(); i += 2) seen[bytes[i] | bytes[i + 1] << 8] = true;
+    for (size_t i = 0; i < bytes.size(); i += 2)
+        seen[bytes[i] | bytes[i + 1] << 8] = true;
     for (const int weight : {0, 1, 2047, 2048, 4095, 4096, 4097, 8192, 16383, 16384, 32767, 32768, 65535})
         EXPECT_TRUE(seen[weight]) << weight;
     int low = 0, high = 0;
@@ -111,6 +112,16 @@ TEST(CallCheck, SeesWhatACallLeavesBehind) {
         set_mxcsr(0x1f80);
         EXPECT_STREQ(complaint, "MXCSR has changed");
     }
+}
+
+TEST(CallCheck, SeesUpperHalvesInUse) {
+    if (!sees_upper_halves())
+        GTEST_SKIP() << "this processor does not tell";
+    const CallCheck check;
+    use_upper_half();
+    const char* const complaint = check.complaint();
+    clean_upper_halves();
+    EXPECT_STREQ(complaint, "upper halves of vector registers are in use: a vzeroupper is missing");
 }
 
 }  // namespace

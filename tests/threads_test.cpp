@@ -19,32 +19,39 @@ TEST_P(Threads, ComposeDifferentFramesAtOnce) {
     const auto run_all = [](uint64_t seed) {
         Scene scene(seed);
         Caller caller;
-        for (const ExportCall& call : export_calls()) call.run(caller, scene);
+        for (const ExportCall& call : export_calls())
+            call.run(caller, scene);
         return scene.contents();
     };
     std::vector<std::vector<uint8_t>> want;
-    for (int i = 0; i < kThreads; ++i) want.push_back(run_all(static_cast<uint64_t>(i)));
+    for (int i = 0; i < kThreads; ++i)
+        want.push_back(run_all(static_cast<uint64_t>(i)));
 
     std::atomic<int> waiting{kThreads}, wrong{0};
     std::vector<std::thread> threads;
     for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&, i] {
             --waiting;
-            while (waiting > 0) std::this_thread::yield();
-            for (int k = 0; k < rounds(30); ++k) wrong += run_all(static_cast<uint64_t>(i)) != want[static_cast<size_t>(i)];
+            while (waiting > 0)
+                std::this_thread::yield();
+            for (int k = 0; k < rounds(30); ++k)
+                wrong += run_all(static_cast<uint64_t>(i)) != want[static_cast<size_t>(i)];
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_EQ(wrong, 0);
 }
 
 // One frame as the source of two calls: reading is shared.
 TEST_P(Threads, ReadOneSourceAtOnce) {
     const UseTables use(GetParam());
-    const OwnedBitmap a = make_noise(320, 60, BMP_FMT_YUY2, 1), b = make_noise(320, 60, BMP_FMT_YUY2, 2), w = make_weights(320, 60, 1000);
+    const OwnedBitmap a = make_noise(320, 60, BMP_FMT_YUY2, 1), b = make_noise(320, 60, BMP_FMT_YUY2, 2),
+                      w = make_weights(320, 60, 1000);
     const OwnedBitmap dest[2] = {make_bitmap(320, 60, BMP_FMT_YUY2), make_bitmap(320, 60, BMP_FMT_YUY2)};
     const auto compose = [&](const OwnedBitmap& d) {
-        for (int k = 0; k < rounds(30); ++k) library().compose(d.get(), a.get(), b.get(), w.get(), 0);
+        for (int k = 0; k < rounds(30); ++k)
+            library().compose(d.get(), a.get(), b.get(), w.get(), 0);
     };
     std::thread one([&] { compose(dest[0]); }), other([&] { compose(dest[1]); });
     one.join();

@@ -12,10 +12,12 @@ namespace {
 class Hash {
 public:
     void add(std::span<const uint8_t> bytes) {
-        for (const uint8_t byte : bytes) value_ = (value_ ^ byte) * 0x100000001b3;
+        for (const uint8_t byte : bytes)
+            value_ = (value_ ^ byte) * 0x100000001b3;
     }
     void add(uint32_t word) {
-        for (int k = 0; k < 4; ++k) value_ = (value_ ^ (word >> 8 * k & 0xff)) * 0x100000001b3;
+        for (int k = 0; k < 4; ++k)
+            value_ = (value_ ^ (word >> 8 * k & 0xff)) * 0x100000001b3;
     }
     void add(const OwnedBitmap& bitmap) { add(lines_of(bitmap.get())); }
     uint64_t value() const { return value_; }
@@ -29,10 +31,13 @@ struct Size {
 };
 
 Size some_size(Random& random, int call) {
-    return call % 16 == 0 ? Size{random.between(300, 720), random.between(2, 30)} : Size{random.between(1, 90), random.between(1, 12)};
+    return call % 16 == 0 ? Size{random.between(300, 720), random.between(2, 30)}
+                          : Size{random.between(1, 90), random.between(1, 12)};
 }
 
-OwnedBitmap noise(Random& random, Size size, int format) { return make_noise(size.width, size.height, format, random.next()); }
+OwnedBitmap noise(Random& random, Size size, int format) {
+    return make_noise(size.width, size.height, format, random.next());
+}
 
 OwnedBitmap some_weights(Random& random, Size size) {
     OwnedBitmap map = make_bitmap(size.width, size.height, BMP_FMT_PWRW);
@@ -59,10 +64,11 @@ uint64_t bitmaps() {
         const int width = random.between(0, 300), height = random.between(0, 40), format = random.between(0, 9);
         const uint32_t flags = BMP_CREATE_ZERO | random.below(4);
         const OwnedBitmap bitmap = make_bitmap(width, height, format, flags);
-        for (const uint32_t word : {static_cast<uint32_t>(bitmap->width), static_cast<uint32_t>(bitmap->height),
-                                    static_cast<uint32_t>(bitmap->pitch), static_cast<uint32_t>(bitmap->bit_count), bitmap->fourcc,
-                                    bitmap->interlace, bitmap->reserved, static_cast<uint32_t>(bitmap->bytes_per_pixel),
-                                    bitmap->create_flags, bitmap->format})
+        for (const uint32_t word :
+             {static_cast<uint32_t>(bitmap->width), static_cast<uint32_t>(bitmap->height),
+              static_cast<uint32_t>(bitmap->pitch), static_cast<uint32_t>(bitmap->bit_count), bitmap->fourcc,
+              bitmap->interlace, bitmap->reserved, static_cast<uint32_t>(bitmap->bytes_per_pixel), bitmap->create_flags,
+              bitmap->format})
             hash.add(word);
         const int x = random.between(-100, 400), y = random.between(-100, 100);
         hash.add(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(library().pointer(bitmap.get(), x, y)) -
@@ -78,7 +84,8 @@ uint64_t copies() {
     for (int call = 0; call < kCalls; ++call) {
         const int format = random.between(0, 7);
         const Size size = some_size(random, call), other = some_size(random, call + 1);
-        const OwnedBitmap a = noise(random, size, format), b = noise(random, size, format), c = noise(random, other, format);
+        const OwnedBitmap a = noise(random, size, format), b = noise(random, size, format),
+                          c = noise(random, other, format);
         library().clear(a.get(), some_field(random));
         hash.add(a);
         library().copy(a.get(), b.get(), some_field(random));
@@ -86,7 +93,8 @@ uint64_t copies() {
         const OwnedBitmap& source = random.chance(50) ? a : b;
         library().interporate(a.get(), source.get(), random.below(4));
         hash.add(a);
-        const int x = random.between(-20, 60), y = random.between(-3, 9), width = random.between(1, 90), height = random.between(1, 14);
+        const int x = random.between(-20, 60), y = random.between(-3, 9), width = random.between(1, 90),
+                  height = random.between(1, 14);
         const int src_x = random.between(-20, 60), src_y = random.between(-3, 9);
         library().blt(a.get(), x, y, width, height, c.get(), src_x, src_y, some_field(random));
         hash.add(a);
@@ -103,19 +111,25 @@ uint64_t compose(int format, Mix mix) {
     Random random(13 + static_cast<uint64_t>(format) * 10 + static_cast<uint64_t>(mix));
     for (int call = 0; call < kCalls; ++call) {
         const Size size = some_size(random, call);
-        const OwnedBitmap dest = noise(random, size, format), a = noise(random, size, format), b = noise(random, size, format);
-        const OwnedBitmap w1 = some_weights(random, size), w2 = some_weights(random, size), masks = some_masks(random, size);
+        const OwnedBitmap dest = noise(random, size, format), a = noise(random, size, format),
+                          b = noise(random, size, format);
+        const OwnedBitmap w1 = some_weights(random, size), w2 = some_weights(random, size),
+                          masks = some_masks(random, size);
         const uint32_t field = some_field(random), color = static_cast<uint32_t>(random.next());
         const int level = call % 3 ? random.between(0, 4096) : random.pick({0, 1, 2048, 4095, 4096, 5000, -1, 32768});
         const OwnedBitmap& first = random.chance(20) ? dest : a;
         switch (mix) {
-        case Mix::kWeights: library().compose(dest.get(), first.get(), b.get(), w1.get(), field); break;
-        case Mix::kMasks: library().compose(dest.get(), first.get(), b.get(), masks.get(), field); break;
-        case Mix::kLevel:
-            library().compose(dest.get(), first.get(), b.get(), BMP_INTEGER(level), field | BMP_COMPOSE_LEVEL);
-            break;
-        case Mix::kColor: library().compose_color(dest.get(), first.get(), nullptr, w1.get(), nullptr, color, field); break;
-        case Mix::kBand: library().compose_color(dest.get(), first.get(), b.get(), w1.get(), w2.get(), color, field); break;
+            case Mix::kWeights: library().compose(dest.get(), first.get(), b.get(), w1.get(), field); break;
+            case Mix::kMasks: library().compose(dest.get(), first.get(), b.get(), masks.get(), field); break;
+            case Mix::kLevel:
+                library().compose(dest.get(), first.get(), b.get(), BMP_INTEGER(level), field | BMP_COMPOSE_LEVEL);
+                break;
+            case Mix::kColor:
+                library().compose_color(dest.get(), first.get(), nullptr, w1.get(), nullptr, color, field);
+                break;
+            case Mix::kBand:
+                library().compose_color(dest.get(), first.get(), b.get(), w1.get(), w2.get(), color, field);
+                break;
         }
         hash.add(dest);
     }
@@ -133,7 +147,8 @@ uint64_t rects() {
     for (int call = 0; call < 2 * kCalls; ++call) {
         const Size size = some_size(random, call);
         const OwnedBitmap map = some_weights(random, size);
-        const float x = exact(random, -20, 70), y = exact(random, -5, 10), width = exact(random, 0, 90), height = exact(random, 0, 20);
+        const float x = exact(random, -20, 70), y = exact(random, -5, 10), width = exact(random, 0, 90),
+                    height = exact(random, 0, 20);
         const float radius_x = exact(random, 0, 40), radius_y = exact(random, 0, 15);
         const uint32_t shape = random.pick({0u, 0x10u, 0x30000u, 0x810000u});
         const uint32_t field = some_field(random);
@@ -149,7 +164,8 @@ uint64_t circles() {
     for (int call = 0; call < 2 * kCalls; ++call) {
         const Size size = some_size(random, call);
         const OwnedBitmap map = some_weights(random, size);
-        const float cx = exact(random, -20, 100), cy = exact(random, -5, 20), radius = exact(random, 0, call % 16 ? 60 : 400);
+        const float cx = exact(random, -20, 100), cy = exact(random, -5, 20),
+                    radius = exact(random, 0, call % 16 ? 60 : 400);
         const float feather = call % 4 == 0 ? 0 : exact(random, 0, call % 16 ? 40 : 300);
         const float aspect = random.pick({1.0f, 2.0f, 0.5f, 1.0625f, 1.421875f});
         const uint32_t ramp = random.pick({0u, 0x40000u}), field = some_field(random);
@@ -182,8 +198,8 @@ std::vector<Digest> digest_corpus(bool plain) {
 
 std::string to_line(const Digest& digest) {
     char text[100];
-    std::snprintf(text, sizeof text, "%-32s %08lx%08lx\n", digest.group.c_str(), static_cast<unsigned long>(digest.hash >> 32),
-                  static_cast<unsigned long>(digest.hash & 0xffffffff));
+    std::snprintf(text, sizeof text, "%-32s %08lx%08lx\n", digest.group.c_str(),
+                  static_cast<unsigned long>(digest.hash >> 32), static_cast<unsigned long>(digest.hash & 0xffffffff));
     return text;
 }
 

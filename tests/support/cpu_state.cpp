@@ -28,7 +28,8 @@ uint32_t feature_bits() {
 
 uint32_t mxcsr() {
     uint32_t value = 0;
-    if (has_mxcsr()) asm volatile("stmxcsr %0" : "=m"(value));
+    if (has_mxcsr())
+        asm volatile("stmxcsr %0" : "=m"(value));
     return value;
 }
 
@@ -41,35 +42,44 @@ uint32_t states_in_use() {
     return low & kUpperHalves;
 }
 
-void clean_upper_halves() { asm volatile("vzeroupper"); }
-
 // Only where the processor really tells: clean after a vzeroupper, not clean after writing an upper half.
 bool can_see_upper_halves() {
     unsigned a, b, c, d;
     constexpr unsigned kOsxsaveAndAvx = 3u << 27;
-    if (!__get_cpuid(1, &a, &b, &c, &d) || (c & kOsxsaveAndAvx) != kOsxsaveAndAvx) return false;
+    if (!__get_cpuid(1, &a, &b, &c, &d) || (c & kOsxsaveAndAvx) != kOsxsaveAndAvx)
+        return false;
     constexpr unsigned kXgetbv1 = 1u << 2;
-    if (!__get_cpuid_count(0xd, 1, &a, &b, &c, &d) || !(a & kXgetbv1)) return false;
+    if (!__get_cpuid_count(0xd, 1, &a, &b, &c, &d) || !(a & kXgetbv1))
+        return false;
     clean_upper_halves();
     const bool clean = states_in_use() == 0;
-    uint32_t dirty[8] = {1, 1, 1, 1, 1, 1, 1, 1};
-    asm volatile("vmovups %0, %%ymm0" : : "m"(dirty));
+    use_upper_half();
     const bool seen = states_in_use() != 0;
     clean_upper_halves();
     return clean && seen;
 }
+
+}  // namespace
+
+// Out of line, where vector registers are the callee's to change: a build without SSE can't name them as clobbered.
+__attribute__((noinline)) void use_upper_half() {
+    const uint32_t ones[8] = {1, 1, 1, 1, 1, 1, 1, 1};
+    asm volatile("vmovups %0, %%ymm7" : : "m"(ones));
+}
+
+__attribute__((noinline)) void clean_upper_halves() { asm volatile("vzeroupper"); }
 
 bool sees_upper_halves() {
     static const bool sees = can_see_upper_halves();
     return sees;
 }
 
-}  // namespace
-
 int expected_cpu_level() {
     const uint32_t features = feature_bits();
-    if (!(features & bit_MMX)) return 0;
-    if (!(features & bit_SSE)) return 1;
+    if (!(features & bit_MMX))
+        return 0;
+    if (!(features & bit_SSE))
+        return 1;
     return (features & bit_SSE2) ? 4 : 3;
 }
 
@@ -79,8 +89,8 @@ bool has_mxcsr() {
 }
 
 void PrintTo(const FloatState& state, std::ostream* out) {
-    *out << std::hex << "x87 control " << state.x87_control << " status " << state.x87_status << " tags " << state.x87_tags
-         << " mxcsr " << state.mxcsr << std::dec;
+    *out << std::hex << "x87 control " << state.x87_control << " status " << state.x87_status << " tags "
+         << state.x87_tags << " mxcsr " << state.mxcsr << std::dec;
 }
 
 FloatState float_state() {
@@ -97,7 +107,8 @@ void set_x87_status(uint16_t status) {
 }
 
 void set_mxcsr(uint32_t value) {
-    if (has_mxcsr()) asm volatile("ldmxcsr %0" : : "m"(value));
+    if (has_mxcsr())
+        asm volatile("ldmxcsr %0" : : "m"(value));
 }
 
 KeepFloatState::KeepFloatState() : before_(float_state()) {}
@@ -114,7 +125,8 @@ ModelPrecision::ModelPrecision() {
 }
 
 CallCheck::CallCheck() {
-    if (sees_upper_halves()) clean_upper_halves();
+    if (sees_upper_halves())
+        clean_upper_halves();
     before_ = float_state();
 }
 
@@ -122,10 +134,14 @@ const char* CallCheck::complaint() const {
     const bool dirty = sees_upper_halves() && states_in_use() != 0;
     const FloatState after = float_state();
     constexpr uint32_t kMxcsrControl = 0xffc0;  // the low bits note exceptions: ordinary inexact results set one
-    if (after.x87_tags != kX87Empty) return "x87 registers are in use: an emms is missing";
-    if (after.x87_control != before_.x87_control) return "the x87 control word has changed";
-    if ((after.mxcsr & kMxcsrControl) != (before_.mxcsr & kMxcsrControl)) return "MXCSR has changed";
-    if (dirty) return "upper halves of vector registers are in use: a vzeroupper is missing";
+    if (after.x87_tags != kX87Empty)
+        return "x87 registers are in use: an emms is missing";
+    if (after.x87_control != before_.x87_control)
+        return "the x87 control word has changed";
+    if ((after.mxcsr & kMxcsrControl) != (before_.mxcsr & kMxcsrControl))
+        return "MXCSR has changed";
+    if (dirty)
+        return "upper halves of vector registers are in use: a vzeroupper is missing";
     return "";
 }
 

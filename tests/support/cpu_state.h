@@ -1,5 +1,6 @@
 /// \file
-/// The parts of the processor's state that a call has to leave as it found them, and the processor's level as a test sees it.
+/// The parts of the processor's state that a call has to leave as it found them, and the processor's level as a test
+/// sees it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -52,7 +53,14 @@ private:
     KeepFloatState keep_;
 };
 
-/// Before and after one call: the same control words, no x87 register in use, upper halves of the vector registers clean.
+/// Whether this processor tells that upper halves of vector registers are in use. Where it does, code that leaves them
+/// so slows down every SSE instruction after it.
+bool sees_upper_halves();
+void use_upper_half();  ///< of a vector register; only where it can be seen
+void clean_upper_halves();
+
+/// Before and after one call: the same control words, no x87 register in use, upper halves of the vector registers
+/// clean.
 class CallCheck {
 public:
     CallCheck();

@@ -13,8 +13,8 @@ const ExportCall kCalls[] = {
     {"bmp_create and bmp_destroy",
      [](Caller& call, Scene& scene) {
          Bitmap* const bitmap = call(library().create, 77, 5, BMP_FMT_RGBQ, BMP_CREATE_ZERO | 3);
-         for (const uint32_t word : {static_cast<uint32_t>(bitmap->width), static_cast<uint32_t>(bitmap->pitch), bitmap->fourcc,
-                                     bitmap->interlace, static_cast<uint32_t>(bitmap->bytes_per_pixel)})
+         for (const uint32_t word : {static_cast<uint32_t>(bitmap->width), static_cast<uint32_t>(bitmap->pitch),
+                                     bitmap->fourcc, bitmap->interlace, static_cast<uint32_t>(bitmap->bytes_per_pixel)})
              scene.results.push_back(word);
          call(library().destroy, bitmap);
      }},
@@ -24,7 +24,8 @@ const ExportCall kCalls[] = {
          scene.results.push_back(static_cast<uint32_t>(pixel - scene.rgbq[0]->pixels));
      }},
     {"bmp_clear", [](Caller& call, Scene& scene) { call(library().clear, scene.yuy2[0].get(), BMP_FIELD); }},
-    {"bmp_copy", [](Caller& call, Scene& scene) { call(library().copy, scene.yuy2[0].get(), scene.yuy2[1].get(), 0u); }},
+    {"bmp_copy",
+     [](Caller& call, Scene& scene) { call(library().copy, scene.yuy2[0].get(), scene.yuy2[1].get(), 0u); }},
     {"bmp_blt",
      [](Caller& call, Scene& scene) {
          call(library().blt, scene.rgbq[0].get(), 3, 1, 60, 8, scene.rgbq[1].get(), 5, 0, 0u);
@@ -33,8 +34,8 @@ const ExportCall kCalls[] = {
      [](Caller& call, Scene& scene) { call(library().interporate, scene.rgbq[0].get(), scene.rgbq[1].get(), 1u); }},
     {"bmp_compose YUY2 16-bit",
      [](Caller& call, Scene& scene) {
-         scene.results.push_back(static_cast<uint32_t>(
-             call(library().compose, scene.yuy2[0].get(), scene.yuy2[1].get(), scene.yuy2[2].get(), scene.weights[0].get(), 0u)));
+         scene.results.push_back(static_cast<uint32_t>(call(library().compose, scene.yuy2[0].get(), scene.yuy2[1].get(),
+                                                            scene.yuy2[2].get(), scene.weights[0].get(), 0u)));
      }},
     {"bmp_compose YUY2 8-bit",
      [](Caller& call, Scene& scene) {
@@ -42,7 +43,8 @@ const ExportCall kCalls[] = {
      }},
     {"bmp_compose RGBQ 16-bit",
      [](Caller& call, Scene& scene) {
-         call(library().compose, scene.rgbq[0].get(), scene.rgbq[1].get(), scene.rgbq[2].get(), scene.weights[0].get(), 0u);
+         call(library().compose, scene.rgbq[0].get(), scene.rgbq[1].get(), scene.rgbq[2].get(), scene.weights[0].get(),
+              0u);
      }},
     {"bmp_compose RGBQ 8-bit",
      [](Caller& call, Scene& scene) {
@@ -50,39 +52,51 @@ const ExportCall kCalls[] = {
      }},
     {"bmp_compose level",
      [](Caller& call, Scene& scene) {
-         call(library().compose, scene.yuy2[0].get(), scene.yuy2[1].get(), scene.yuy2[2].get(), BMP_INTEGER(1234), BMP_COMPOSE_LEVEL);
+         call(library().compose, scene.yuy2[0].get(), scene.yuy2[1].get(), scene.yuy2[2].get(), BMP_INTEGER(1234),
+              BMP_COMPOSE_LEVEL);
      }},
     {"bmp_compose_color YUY2 band",
      [](Caller& call, Scene& scene) {
-         scene.results.push_back(static_cast<uint32_t>(call(library().compose_color, scene.yuy2[0].get(), scene.yuy2[1].get(),
-                                                            scene.yuy2[2].get(), scene.weights[0].get(), scene.weights[1].get(),
-                                                            0x804020u, 0u)));
+         scene.results.push_back(static_cast<uint32_t>(
+             call(library().compose_color, scene.yuy2[0].get(), scene.yuy2[1].get(), scene.yuy2[2].get(),
+                  scene.weights[0].get(), scene.weights[1].get(), 0x804020u, 0u)));
      }},
     {"bmp_compose_color YUY2",
      [](Caller& call, Scene& scene) {
-         call(library().compose_color, scene.yuy2[0].get(), scene.yuy2[1].get(), nullptr, scene.weights[0].get(), nullptr, 0x804020u, 0u);
+         call(library().compose_color, scene.yuy2[0].get(), scene.yuy2[1].get(), nullptr, scene.weights[0].get(),
+              nullptr, 0x804020u, 0u);
      }},
     {"bmp_compose_color RGBQ band",
      [](Caller& call, Scene& scene) {
-         call(library().compose_color, scene.rgbq[0].get(), scene.rgbq[1].get(), scene.rgbq[2].get(), scene.weights[0].get(),
-              scene.weights[1].get(), 0x804020u, 0u);
+         call(library().compose_color, scene.rgbq[0].get(), scene.rgbq[1].get(), scene.rgbq[2].get(),
+              scene.weights[0].get(), scene.weights[1].get(), 0x804020u, 0u);
      }},
     {"bmp_compose_color RGBQ",
      [](Caller& call, Scene& scene) {
-         call(library().compose_color, scene.rgbq[0].get(), scene.rgbq[1].get(), nullptr, scene.weights[0].get(), nullptr, 0x804020u, 0u);
+         call(library().compose_color, scene.rgbq[0].get(), scene.rgbq[1].get(), nullptr, scene.weights[0].get(),
+              nullptr, 0x804020u, 0u);
      }},
     {"bmp_alpha_rect add",
-     [](Caller& call, Scene& scene) { call(library().alpha_rect, scene.map.get(), 3.3f, 1.7f, 51.9f, 6.6f, 0.0f, 0.0f, 0u); }},
+     [](Caller& call, Scene& scene) {
+         call(library().alpha_rect, scene.map.get(), 3.3f, 1.7f, 51.9f, 6.6f, 0.0f, 0.0f, 0u);
+     }},
     {"bmp_alpha_rect maximum",
-     [](Caller& call, Scene& scene) { call(library().alpha_rect, scene.map.get(), 3.3f, 1.7f, 51.9f, 6.6f, 0.0f, 0.0f, BMP_SHAPE_MAX); }},
+     [](Caller& call, Scene& scene) {
+         call(library().alpha_rect, scene.map.get(), 3.3f, 1.7f, 51.9f, 6.6f, 0.0f, 0.0f, BMP_SHAPE_MAX);
+     }},
     {"bmp_alpha_rect elliptical",
      [](Caller& call, Scene& scene) {
-         call(library().alpha_rect, scene.map.get(), 3.3f, 0.7f, 63.9f, 8.6f, 40.1f, 7.3f, BMP_SHAPE_ELLIPTIC | BMP_SHAPE_ELLIPTIC_PLAIN);
+         call(library().alpha_rect, scene.map.get(), 3.3f, 0.7f, 63.9f, 8.6f, 40.1f, 7.3f,
+              BMP_SHAPE_ELLIPTIC | BMP_SHAPE_ELLIPTIC_PLAIN);
      }},
     {"bmp_alpha_circle hard",
-     [](Caller& call, Scene& scene) { call(library().alpha_circle, scene.map.get(), 37.3f, 5.1f, 29.7f, 0.0f, 1.0666667f, 0u); }},
+     [](Caller& call, Scene& scene) {
+         call(library().alpha_circle, scene.map.get(), 37.3f, 5.1f, 29.7f, 0.0f, 1.0666667f, 0u);
+     }},
     {"bmp_alpha_circle linear",
-     [](Caller& call, Scene& scene) { call(library().alpha_circle, scene.map.get(), 37.3f, 17.1f, 29.7f, 23.3f, 3.0666667f, 0u); }},
+     [](Caller& call, Scene& scene) {
+         call(library().alpha_circle, scene.map.get(), 37.3f, 17.1f, 29.7f, 23.3f, 3.0666667f, 0u);
+     }},
     {"bmp_alpha_circle cosine",
      [](Caller& call, Scene& scene) {
          call(library().alpha_circle, scene.map.get(), 36.7f, 17.1f, 35.1f, 31.3f, 3.0666667f, BMP_SHAPE_COSINE);
@@ -93,8 +107,10 @@ const ExportCall kCalls[] = {
 
 Scene::Scene(uint64_t seed) {
     Random random(seed);
-    for (OwnedBitmap& bitmap : yuy2) bitmap = make_noise(kWidth, kHeight, BMP_FMT_YUY2, random.next());
-    for (OwnedBitmap& bitmap : rgbq) bitmap = make_noise(kWidth, kHeight, BMP_FMT_RGBQ, random.next());
+    for (OwnedBitmap& bitmap : yuy2)
+        bitmap = make_noise(kWidth, kHeight, BMP_FMT_YUY2, random.next());
+    for (OwnedBitmap& bitmap : rgbq)
+        bitmap = make_noise(kWidth, kHeight, BMP_FMT_RGBQ, random.next());
     for (OwnedBitmap& bitmap : weights) {
         bitmap = make_bitmap(kWidth, kHeight, BMP_FMT_PWRW);
         fill_weights(random, lines_of(bitmap.get()));
@@ -110,13 +126,17 @@ std::vector<uint8_t> Scene::contents() const {
         const std::span<uint8_t> lines = lines_of(bitmap.get());
         all.insert(all.end(), lines.begin(), lines.end());
     };
-    for (const OwnedBitmap& bitmap : yuy2) add(bitmap);
-    for (const OwnedBitmap& bitmap : rgbq) add(bitmap);
-    for (const OwnedBitmap& bitmap : weights) add(bitmap);
+    for (const OwnedBitmap& bitmap : yuy2)
+        add(bitmap);
+    for (const OwnedBitmap& bitmap : rgbq)
+        add(bitmap);
+    for (const OwnedBitmap& bitmap : weights)
+        add(bitmap);
     add(mask);
     add(map);
     for (const uint32_t word : results)
-        for (int k = 0; k < 4; ++k) all.push_back(static_cast<uint8_t>(word >> 8 * k));
+        for (int k = 0; k < 4; ++k)
+            all.push_back(static_cast<uint8_t>(word >> 8 * k));
     return all;
 }
 
@@ -131,10 +151,11 @@ struct AfterCall {
 };
 constexpr uint32_t kEbx = 0x600df00d, kEsi = 0x5eed5eed;
 
-extern "C" uint32_t call_words_with_stack(const void* function, const uint32_t* words, uint32_t count, uint32_t off, AfterCall* after) asm(
-    "zepbmp_test_call_words");
+extern "C" uint32_t call_words_with_stack(const void* function, const uint32_t* words, uint32_t count, uint32_t off,
+                                          AfterCall* after) asm("zepbmp_test_call_words");
 
-// Pushes the words from the last to the first on a stack that is `off` away from a multiple of 16 then, calls, notes what came back.
+// Pushes the words from the last to the first on a stack that is `off` away from a multiple of 16 then, calls, notes
+// what came back.
 asm(R"(
     .text
     .globl zepbmp_test_call_words
@@ -184,8 +205,8 @@ uint32_t Caller::call_words(const void* function, std::span<const uint32_t> word
     const uint32_t moved = 0;
 #endif
     AfterCall after;
-    const uint32_t result =
-        call_words_with_stack(function, words.data(), static_cast<uint32_t>(words.size()), static_cast<uint32_t>(off_), &after);
+    const uint32_t result = call_words_with_stack(function, words.data(), static_cast<uint32_t>(words.size()),
+                                                  static_cast<uint32_t>(off_), &after);
     kept_ = kept_ && after.stack_moved == moved && after.ebx == kEbx && after.esi == kEsi;
     return result;
 }

@@ -1,6 +1,6 @@
 /// \file
-/// One set of calls of every export, each with a result that can be compared. On 32-bit targets they are made word by word, with
-/// the stack as a host may leave it.
+/// One set of calls of every export, each with a result that can be compared. On 32-bit targets they are made word by
+/// word, with the stack as a host may leave it.
 #pragma once
 
 #include <bit>

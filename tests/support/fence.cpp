@@ -33,10 +33,12 @@ FencedPages::FencedPages(size_t bytes) {
     GetSystemInfo(&system);
     const size_t page = system.dwPageSize, usable = std::max(round_up(bytes, page), page);
     reserved_ = VirtualAlloc(nullptr, usable + 2 * page, MEM_RESERVE, PAGE_NOACCESS);
-    if (!reserved_) fail("VirtualAlloc");
+    if (!reserved_)
+        fail("VirtualAlloc");
     begin_ = static_cast<uint8_t*>(reserved_) + page;
     end_ = begin_ + usable;
-    if (!VirtualAlloc(begin_, usable, MEM_COMMIT, PAGE_READWRITE)) fail("VirtualAlloc");
+    if (!VirtualAlloc(begin_, usable, MEM_COMMIT, PAGE_READWRITE))
+        fail("VirtualAlloc");
 }
 
 FencedPages::~FencedPages() { VirtualFree(reserved_, 0, MEM_RELEASE); }
@@ -58,7 +60,8 @@ LONG CALLBACK skip_the_access(EXCEPTION_POINTERS* exception) {
 template <class Access>
 bool faults(Access access) {
     void* const handler = AddVectoredExceptionHandler(1, skip_the_access);
-    if (!handler) fail("AddVectoredExceptionHandler");
+    if (!handler)
+        fail("AddVectoredExceptionHandler");
     faulted = false;
     access();
     resume_at = 0;
@@ -75,7 +78,9 @@ bool read_faults(const void* address) {
 }
 
 bool write_faults(void* address) {
-    return faults([&] { asm volatile("movl $1f, %0\n\torb $0, (%1)\n1:" : "=m"(resume_at) : "r"(address) : "cc", "memory"); });
+    return faults([&] {
+        asm volatile("movl $1f, %0\n\torb $0, (%1)\n1:" : "=m"(resume_at) : "r"(address) : "cc", "memory");
+    });
 }
 
 #else
@@ -83,10 +88,12 @@ bool write_faults(void* address) {
 FencedPages::FencedPages(size_t bytes) {
     const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE)), usable = std::max(round_up(bytes, page), page);
     reserved_ = mmap(nullptr, usable + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (reserved_ == MAP_FAILED) fail("mmap");
+    if (reserved_ == MAP_FAILED)
+        fail("mmap");
     begin_ = static_cast<uint8_t*>(reserved_) + page;
     end_ = begin_ + usable;
-    if (mprotect(begin_, usable, PROT_READ | PROT_WRITE) != 0) fail("mprotect");
+    if (mprotect(begin_, usable, PROT_READ | PROT_WRITE) != 0)
+        fail("mprotect");
 }
 
 FencedPages::~FencedPages() {
@@ -105,7 +112,8 @@ bool faults(Access access) {
     struct sigaction action = {}, segv_before, bus_before;
     action.sa_handler = leave_the_access;
     sigemptyset(&action.sa_mask);
-    if (sigaction(SIGSEGV, &action, &segv_before) != 0 || sigaction(SIGBUS, &action, &bus_before) != 0) fail("sigaction");
+    if (sigaction(SIGSEGV, &action, &segv_before) != 0 || sigaction(SIGBUS, &action, &bus_before) != 0)
+        fail("sigaction");
     volatile bool faulted = true;
     if (sigsetjmp(before_access, 1) == 0) {
         access();
@@ -130,12 +138,15 @@ bool write_faults(void* address) {
 #endif
 
 uint8_t* place(const FencedPages& pages, size_t extent, bool at_end, int skew) {
-    if (extent > static_cast<size_t>(pages.end() - pages.begin())) fail("placing more than there are pages");
+    if (extent > static_cast<size_t>(pages.end() - pages.begin()))
+        fail("placing more than there are pages");
     uint8_t* const edge = at_end ? pages.end() - extent : pages.begin();
-    if (skew == kFlush) return edge;
+    if (skew == kFlush)
+        return edge;
     const size_t off = (reinterpret_cast<uintptr_t>(edge) - static_cast<uintptr_t>(skew)) % 16;
     uint8_t* const placed = at_end ? edge - off : edge + (16 - off) % 16;
-    if (placed < pages.begin() || placed + extent > pages.end()) fail("placing with a skew");
+    if (placed < pages.begin() || placed + extent > pages.end())
+        fail("placing with a skew");
     return placed;
 }
 

@@ -31,8 +31,8 @@ private:
 bool read_faults(const void* address);
 bool write_faults(void* address);
 
-/// Room for `extent` bytes at one end of the pages: flush against the far page, right behind the near one, or `skew` bytes off
-/// a 16-byte boundary near one of them.
+/// Room for `extent` bytes at one end of the pages: flush against the far page, right behind the near one, or `skew`
+/// bytes off a 16-byte boundary near one of them.
 uint8_t* place(const FencedPages& pages, size_t extent, bool at_end, int skew);
 constexpr int kFlush = -1;
 

@@ -8,11 +8,11 @@ namespace zepbmp::test {
 
 int bytes_per_pixel(int format) {
     switch (format) {
-    case BMP_FMT_YUY2:
-    case BMP_FMT_PWRW: return 2;
-    case BMP_FMT_RGB8:
-    case BMP_FMT_A8: return 1;
-    default: return 4;
+        case BMP_FMT_YUY2:
+        case BMP_FMT_PWRW: return 2;
+        case BMP_FMT_RGB8:
+        case BMP_FMT_A8: return 1;
+        default: return 4;
     }
 }
 
@@ -48,20 +48,24 @@ void Frame::copy(const Frame& other) {
 std::string Frame::difference(const Frame& want) const {
     Bitmap record = record_;
     record.pixels = want.record_.pixels;
-    const auto same_word = [&](auto Bitmap::* word) { return record.*word == want.record_.*word; };
+    const auto same_word = [&](auto Bitmap::*word) { return record.*word == want.record_.*word; };
     if (!(same_word(&Bitmap::width) && same_word(&Bitmap::height) && same_word(&Bitmap::pitch) &&
           same_word(&Bitmap::bit_count) && same_word(&Bitmap::dib_info) && same_word(&Bitmap::fourcc) &&
           same_word(&Bitmap::interlace) && same_word(&Bitmap::reserved) && same_word(&Bitmap::bytes_per_pixel) &&
           same_word(&Bitmap::create_flags) && same_word(&Bitmap::format)))
         return "the record has changed";
-    if (bytes_.empty() || std::memcmp(bytes_.data(), want.bytes_.data(), bytes_.size()) == 0) return "";
+    if (bytes_.empty() || std::memcmp(bytes_.data(), want.bytes_.data(), bytes_.size()) == 0)
+        return "";
     size_t i = 0;
-    while (bytes_[i] == want.bytes_[i]) ++i;
+    while (bytes_[i] == want.bytes_[i])
+        ++i;
     const auto at = static_cast<long>(i) - static_cast<long>(record_.pixels - bytes_.data());
     const int pitch = layout_.pitch > 0 ? layout_.pitch : 1;
     char text[160];
-    std::snprintf(text, sizeof text, "byte %ld from the first pixel (line %ld, byte %ld): %d, want %d; %d x %d, format %d, pitch %d",
-                  at, at / pitch, at % pitch, bytes_[i], want.bytes_[i], layout_.width, layout_.height, layout_.format, layout_.pitch);
+    std::snprintf(text, sizeof text,
+                  "byte %ld from the first pixel (line %ld, byte %ld): %d, want %d; %d x %d, format %d, pitch %d", at,
+                  at / pitch, at % pitch, bytes_[i], want.bytes_[i], layout_.width, layout_.height, layout_.format,
+                  layout_.pitch);
     return text;
 }
 

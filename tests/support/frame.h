@@ -25,7 +25,9 @@ struct FrameLayout {
     int skew = kFlush;  ///< of the first pixel's address from a multiple of 16, or kFlush
 
     size_t extent() const {
-        return height > 0 ? static_cast<size_t>(height - 1) * static_cast<size_t>(pitch) + static_cast<size_t>(last_line_bytes) : 0;
+        return height > 0
+                   ? static_cast<size_t>(height - 1) * static_cast<size_t>(pitch) + static_cast<size_t>(last_line_bytes)
+                   : 0;
     }
 };
 

@@ -21,7 +21,8 @@ public:
         line_bytes_ = line_bytes;
         step_ = step;
         const ptrdiff_t reach = lines > 0 ? (lines - 1) * step : 0;
-        const size_t extent = line_bytes == 0 || lines == 0 ? 0 : line_bytes + static_cast<size_t>(reach < 0 ? -reach : reach);
+        const size_t extent =
+            line_bytes == 0 || lines == 0 ? 0 : line_bytes + static_cast<size_t>(reach < 0 ? -reach : reach);
         uint8_t* const low = place(pages_, extent, at_end, skew);
         first_ = extent && reach < 0 ? low - reach : low;
         bytes_ = around(pages_, low, extent);
@@ -42,10 +43,13 @@ public:
 
     /// All bytes as they were: a model writes its lines into a copy of them.
     const std::vector<uint8_t>& before() const { return before_; }
-    uint8_t* line_in(std::vector<uint8_t>& copy, int y) const { return copy.data() + (first_ + y * step_ - bytes_.data()); }
+    uint8_t* line_in(std::vector<uint8_t>& copy, int y) const {
+        return copy.data() + (first_ + y * step_ - bytes_.data());
+    }
 
     std::string difference(const std::vector<uint8_t>& want) const {
-        if (std::memcmp(bytes_.data(), want.data(), want.size()) == 0) return "";
+        if (std::memcmp(bytes_.data(), want.data(), want.size()) == 0)
+            return "";
         return first_difference(bytes_, want) + ", counted from " + std::to_string(first_ - bytes_.data()) +
                " before the first pixel";
     }

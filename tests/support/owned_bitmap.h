@@ -20,7 +20,8 @@ using OwnedBitmap = std::unique_ptr<Bitmap, DestroyBitmap>;
 
 inline OwnedBitmap make_bitmap(int width, int height, int format, uint32_t flags = BMP_CREATE_ZERO) {
     OwnedBitmap bitmap(library().create(width, height, format, flags));
-    if (!bitmap) ADD_FAILURE() << "no bitmap of " << width << " x " << height;
+    if (!bitmap)
+        ADD_FAILURE() << "no bitmap of " << width << " x " << height;
     return bitmap;
 }
 
@@ -40,7 +41,8 @@ inline OwnedBitmap make_noise(int width, int height, int format, uint64_t seed) 
 
 inline OwnedBitmap make_weights(int width, int height, int weight) {
     OwnedBitmap bitmap = make_bitmap(width, height, BMP_FMT_PWRW);
-    for (int i = 0; i < bitmap->pitch / 2 * height; ++i) reinterpret_cast<uint16_t*>(bitmap->pixels)[i] = static_cast<uint16_t>(weight);
+    for (int i = 0; i < bitmap->pitch / 2 * height; ++i)
+        reinterpret_cast<uint16_t*>(bitmap->pixels)[i] = static_cast<uint16_t>(weight);
     return bitmap;
 }
 

@@ -15,7 +15,8 @@ const char* environment(const char* name) { return std::getenv(name); }
 
 void put_word(std::span<uint8_t> bytes, size_t at, uint32_t word) {
     bytes[at] = static_cast<uint8_t>(word);
-    if (at + 1 < bytes.size()) bytes[at + 1] = static_cast<uint8_t>(word >> 8);
+    if (at + 1 < bytes.size())
+        bytes[at + 1] = static_cast<uint8_t>(word >> 8);
 }
 
 uint32_t nasty_weight(Random& random) {
@@ -39,7 +40,8 @@ void fill_noise(Random& random, std::span<uint8_t> bytes) {
         const uint64_t word = random.next();
         std::memcpy(bytes.data() + i, &word, sizeof word);
     }
-    for (uint64_t word = random.next(); i < bytes.size(); ++i, word >>= 8) bytes[i] = static_cast<uint8_t>(word);
+    for (uint64_t word = random.next(); i < bytes.size(); ++i, word >>= 8)
+        bytes[i] = static_cast<uint8_t>(word);
 }
 
 void fill_pixels(Random& random, std::span<uint8_t> bytes) {
@@ -76,19 +78,37 @@ void fill_masks(Random& random, std::span<uint8_t> bytes) {
 float ordinary_float(Random& random, float range) {
     const int whole = random.between(-static_cast<int>(range) / 4 - 2, static_cast<int>(range) + 2);
     switch (random.below(4)) {
-    case 0: return static_cast<float>(whole);
-    case 1: return static_cast<float>(whole) + 0.5f;
-    case 2: return static_cast<float>(whole * 64 + random.between(0, 63)) / 64;
-    default: return static_cast<float>(whole) + static_cast<float>(random.below(1 << 20)) / (1 << 20);
+        case 0: return static_cast<float>(whole);
+        case 1: return static_cast<float>(whole) + 0.5f;
+        case 2: return static_cast<float>(whole * 64 + random.between(0, 63)) / 64;
+        default: return static_cast<float>(whole) + static_cast<float>(random.below(1 << 20)) / (1 << 20);
     }
 }
 
 float hostile_float(Random& random, float range) {
     using Limits = std::numeric_limits<float>;
-    if (random.chance(80)) return ordinary_float(random, range);
-    return random.pick({0.0f, -0.0f, -1.0f, 1e-30f, -1e-30f, 1e9f, -1e9f, 3.3e7f, -3.3e7f, 2147483648.0f, 4e9f, 1e30f, -1e30f,
-                        Limits::max(), -Limits::max(), Limits::denorm_min(), Limits::min() / 3, Limits::infinity(),
-                        -Limits::infinity(), Limits::quiet_NaN()});
+    if (random.chance(80))
+        return ordinary_float(random, range);
+    return random.pick({0.0f,
+                        -0.0f,
+                        -1.0f,
+                        1e-30f,
+                        -1e-30f,
+                        1e9f,
+                        -1e9f,
+                        3.3e7f,
+                        -3.3e7f,
+                        2147483648.0f,
+                        4e9f,
+                        1e30f,
+                        -1e30f,
+                        Limits::max(),
+                        -Limits::max(),
+                        Limits::denorm_min(),
+                        Limits::min() / 3,
+                        Limits::infinity(),
+                        -Limits::infinity(),
+                        Limits::quiet_NaN()});
 }
 
 int rounds(int moderate) {
@@ -102,7 +122,8 @@ uint64_t round_seed(int round) {
         return std::strtoull(text, nullptr, 0) + static_cast<uint64_t>(round);
     uint64_t hash = 0xcbf29ce484222325;
     const auto add = [&](const char* text) {
-        for (; text && *text; ++text) hash = (hash ^ static_cast<uint8_t>(*text)) * 0x100000001b3;
+        for (; text && *text; ++text)
+            hash = (hash ^ static_cast<uint8_t>(*text)) * 0x100000001b3;
     };
     const testing::TestInfo* const test = testing::UnitTest::GetInstance()->current_test_info();
     add(test->test_suite_name());
@@ -112,8 +133,8 @@ uint64_t round_seed(int round) {
 
 std::string how_to_repeat(const Random& random) {
     const testing::TestInfo* const test = testing::UnitTest::GetInstance()->current_test_info();
-    return "\nto repeat: ZEPBMP_TEST_SEED=" + std::to_string(random.seed()) + " ZEPBMP_TEST_ROUNDS=1 <program> --gtest_filter=" +
-           test->test_suite_name() + "." + test->name();
+    return "\nto repeat: ZEPBMP_TEST_SEED=" + std::to_string(random.seed()) +
+           " ZEPBMP_TEST_ROUNDS=1 <program> --gtest_filter=" + test->test_suite_name() + "." + test->name();
 }
 
 }  // namespace zepbmp::test

@@ -18,7 +18,8 @@ struct Tables {
     int arithmetic() const { return level == 0 ? 0 : 4; }
 };
 
-/// Every filling that a test should see: all of them where the library's inside is linked in, else the one that it loaded with.
+/// Every filling that a test should see: all of them where the library's inside is linked in, else the one that it
+/// loaded with.
 std::vector<Tables> all_tables();
 
 /// Why this machine or this build can't run them; empty if it can.
@@ -33,7 +34,8 @@ public:
     UseTables& operator=(const UseTables&) = delete;
 };
 
-/// While it lives, every call streams its stores past the caches, or none does. Nothing where the inside is not linked in.
+/// While it lives, every call streams its stores past the caches, or none does. Nothing where the inside is not linked
+/// in.
 class ForceStreaming {
 public:
     explicit ForceStreaming(bool streams);
@@ -52,7 +54,8 @@ class WithTables : public testing::TestWithParam<Tables> {
 protected:
     void SetUp() override {
         const std::string reason = why_not(GetParam());
-        if (!reason.empty()) GTEST_SKIP() << reason;
+        if (!reason.empty())
+            GTEST_SKIP() << reason;
     }
 };
 
