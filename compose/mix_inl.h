@@ -68,7 +68,7 @@ struct Weights {
             padded[i] = group(at.x)[i];
         return Widen<L>::words(padded);
     }
-    void prefetch(int32_t x) const { L::prefetch(group(x + kGroupsAhead)); }
+    void prefetch(int32_t x) const { L::prefetch(group(x) + kBytesPerGroup * kGroupsAhead); }
     void next() { line += step; }
     bool is_dense(ptrdiff_t groups) const { return step == kBytesPerGroup * groups; }
 };

@@ -74,10 +74,10 @@ BMP_EXPORT void BMP_CALL bmp_interporate(Bitmap* destination, const Bitmap* sour
         copy(line(0), source_line(1), bytes);
     copy(line(first), source_line(first), bytes);
     int32_t last = first;  // the field's last line so far
-    for (; last + 2 < height; last += 2)
+    for (; last < height - 2; last += 2)
         line_kernels.interpolate[store](line(last + 1), line(last + 2), source_line(last), source_line(last + 2),
                                         bytes);
-    if (last + 1 < height)
+    if (last < height - 1)
         copy(line(last + 1), source_line(last), bytes);
     end_call(store);
 }

@@ -117,8 +117,11 @@ size_t detect_l2_cache_bytes(const CpuProbe& probe) {
         if (const size_t bytes = l2_bytes_from_leaf(probe, 4))
             return bytes;
     }
-    constexpr uint32_t kAmdCaches = 0x8000001d;
-    return probe.cpuid(0x80000000, 0).eax >= kAmdCaches ? l2_bytes_from_leaf(probe, kAmdCaches) : 0;
+    // Processors without extended leaves answer with anything.
+    constexpr uint32_t kAmdCaches = 0x8000001d, kEndOfExtended = 0x80010000;
+    const uint32_t highest_extended = probe.cpuid(0x80000000, 0).eax;
+    return highest_extended >= kAmdCaches && highest_extended < kEndOfExtended ? l2_bytes_from_leaf(probe, kAmdCaches)
+                                                                               : 0;
 }
 
 }  // namespace zepbmp

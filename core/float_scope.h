@@ -25,7 +25,7 @@ private:
     uint32_t mxcsr_;
 };
 
-/// Exchanges the SSE control and status register. Written for SSE: not to be called where the tables are below level 4.
+/// Exchanges the SSE control and status register. Needs SSE; below level 4 no kernel computes with SSE floats.
 uint32_t exchange_mxcsr(uint32_t value);
 
 /// Whether kernels in force use SSE floating point; on a 64-bit target all code does. Set with the tables.

@@ -100,7 +100,8 @@ constexpr int kCacheLineBytes = 64;
 
 /// One line each. `bytes` of 0 touches nothing; no alignment is asked of any address.
 struct LineKernels {
-    /// `value` repeated from dst on; 16-bit patterns are given twice.
+    /// `value` repeated. Its period (1, 2 or 4 bytes; a shorter one is given as often as it fits) divides dst and
+    /// bytes.
     void (*fill[kStoreKinds])(uint8_t* dst, size_t bytes, uint32_t value);
     /// dst and src are apart, or the same.
     void (*copy[kStoreKinds])(uint8_t* dst, const uint8_t* src, size_t bytes);
@@ -116,6 +117,8 @@ extern LineKernels line_kernels;
 /// call leaves there would push itself out. Tests set 0 or SIZE_MAX.
 extern size_t stream_threshold_bytes;
 
+/// Static, because files for wide registers include this header: a shared inline function would be kept once by the
+/// linker, maybe in its wide form. Nothing here may be plain `inline`.
 static inline StoreKind store_kind(size_t bytes_touched) {
     return bytes_touched > stream_threshold_bytes ? kStoreStreamed : kStoreCached;
 }

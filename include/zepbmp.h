@@ -58,7 +58,8 @@ extern "C" {
 #define BMP_FMT_A8 7    /* 1 byte: mask, 128 = full, or texture strength, 255 = full                   */
 
 /* Field flags, for operations on one field of an interlaced frame. The first line is (flags & BMP_FIELD_ODD); the line
- * step is 2 with BMP_FIELD, else 1. So BMP_FIELD_ODD alone skips line 0 and takes every line after it. */
+ * step is 2 with BMP_FIELD, else 1. So BMP_FIELD_ODD alone skips line 0 and takes every line after it; where a function
+ * says so, it counts only together with BMP_FIELD. */
 #define BMP_FIELD_ODD 1u
 #define BMP_FIELD 2u
 
@@ -161,27 +162,27 @@ void BMP_CALL bmp_interporate(Bitmap* destination, const Bitmap* source, uint32_
 /* ---------------------------------------------------------------- drawing, colours */
 
 /* Fills columns left..right-1 of lines top..bottom-1, clipped.
- *   RGBQ, PWRW   mode 0 stores colour (PWRW: its low 16 bits).
- *   RGB8         mode 16 ORs, mode 32 ANDs the low byte of colour.
+ *   RGBQ, PWRW   mode 0 stores color (PWRW: its low 16 bits).
+ *   RGB8         mode 16 ORs, mode 32 ANDs the low byte of color.
  *   Anything else draws nothing. */
-void BMP_CALL bmp_draw_rect(Bitmap* bitmap, int32_t left, int32_t top, int32_t right, int32_t bottom, uint32_t colour,
+void BMP_CALL bmp_draw_rect(Bitmap* bitmap, int32_t left, int32_t top, int32_t right, int32_t bottom, uint32_t color,
                             uint32_t mode);
 
 /* Draws max(|x1-x0|, |y1-y0|) pixels of a line from (x0, y0) toward (x1, y1), which is itself not drawn, into an RGB8
  * bitmap. mode & 0x70: 0x00 set, 0x10 or, 0x20 and, 0x30 xor; the others draw nothing.
  * caller   both ends lie inside the bitmap: there is no clipping. */
-void BMP_CALL bmp_draw_line(Bitmap* bitmap, int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint32_t colour,
+void BMP_CALL bmp_draw_line(Bitmap* bitmap, int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint32_t color,
                             uint32_t mode);
 
 /* Turns a Windows colour reference 0x00BBGGRR into an RGBQ pixel 0x00RRGGBB and back. The top byte is dropped. The
  * first argument is not read. */
-uint32_t BMP_CALL bmp_translate_color(const void* ignored, uint32_t colour);
+uint32_t BMP_CALL bmp_translate_color(const void* ignored, uint32_t color);
 
 /* ---------------------------------------------------------------- palette, display */
 
-/* Stores colour (blue in bits 0..7, green 8..15, red 16..23) in entry index, 0..255, of an RGB8 bitmap's colour table,
+/* Stores color (blue in bits 0..7, green 8..15, red 16..23) in entry index, 0..255, of an RGB8 bitmap's colour table,
  * which starts as a grey ramp. Another format or index stores nothing. */
-void BMP_CALL bmp_set_palette(Bitmap* bitmap, int32_t index, uint32_t colour);
+void BMP_CALL bmp_set_palette(Bitmap* bitmap, int32_t index, uint32_t color);
 
 /* Shows a bitmap on a Windows device context (HDC) with SetDIBitsToDevice: source x src_x, source y 0, first scan line
  * start_line, all lines. returns  the number of lines set, 0 on failure. */
@@ -200,8 +201,8 @@ int32_t BMP_CALL bmp_display(void* device_context, int32_t dest_x, int32_t dest_
  *   are written too. The fourth byte of RGBQ is mixed like a colour at processor levels 1 to 4 and kept at level 0; how
  *   the levels round is told in docs/rounding.md.
  * returns  0
- * caller   sources and mask are at least as large as dest, sources of its format; dest may be one of the sources but
- *          overlaps none otherwise. Weights of a mask are 0..4096 (0..128 in A8) for a mix; larger ones extrapolate. */
+ * caller   sources and mask are at least as large as dest, sources of its format; a mask that is read as 16-bit weights
+ *          has at least 2 bytes a pixel; dest may be one of the sources but overlaps none otherwise. Weights of a mask are 0..4096 (0..128 in A8) for a mix; larger ones extrapolate. */
 int32_t BMP_CALL bmp_compose(Bitmap* dest, const Bitmap* src1, const Bitmap* src2, const void* mask, uint32_t flags);
 
 /* Mixes frames with a flat colour.
@@ -223,11 +224,12 @@ int32_t BMP_CALL bmp_compose_color(Bitmap* dest, const Bitmap* src1, const Bitma
 /* Draws a rectangle with edges at 1/64 pixel into a weight map.
  *   x, y            top left corner; width, height   size; pixels and frame lines, truncated to 1/64
  *   radius_x, _y    corner radii, only for elliptical corners; shrunk, keeping their ratio, to half the rectangle
- *   flags           field flags; mode BMP_SHAPE_ADD or BMP_SHAPE_MAX, another one draws nothing;
+ *   flags           field flags, BMP_FIELD_ODD only with BMP_FIELD; mode BMP_SHAPE_ADD or BMP_SHAPE_MAX, another one
+ *                   draws nothing;
  *                   BMP_SHAPE_ELLIPTIC with BMP_SHAPE_ELLIPTIC_PLAIN or _EDGES: elliptical corners, always the larger
  *                   weight
  *   A pixel gets its covered fraction of 4096. Whole pixels of whole lines become 4096 also in add mode. Added weights
- *   wrap at 65536.
+ *   wrap at 65536. Edges at 2^25 pixels or lines and beyond draw nothing.
  * caller   bitmap has 16-bit pixels. */
 void BMP_CALL bmp_alpha_rect(Bitmap* bitmap, float x, float y, float width, float height, float radius_x,
                              float radius_y, uint32_t flags);
@@ -237,6 +239,7 @@ void BMP_CALL bmp_alpha_rect(Bitmap* bitmap, float x, float y, float width, floa
  *   radius     outer radius, pixels
  *   feather    width of the soft edge inside the radius; 0 or less: a hard edge, anti-aliased with 4 x 4 samples
  *   aspect     height of a line in pixels
+ *   Columns from 2^31 on count as far left: a radius that large draws nothing.
  *   flags      field flags; BMP_SHAPE_COSINE: raised-cosine ramp
  * caller   bitmap has 16-bit pixels. */
 void BMP_CALL bmp_alpha_circle(Bitmap* bitmap, float cx, float cy, float radius, float feather, float aspect,
@@ -262,7 +265,7 @@ void BMP_CALL bmp_map_polygon(Bitmap* dst, Bitmap* dst2, Bitmap* aux, const void
  *   dx0..dy1     destination rectangle, pixels and lines; ends exclusive
  *   src_size     null; otherwise nothing is drawn
  *   sx0..sy1     source rectangle
- *   flags        field flags
+ *   flags        field flags, BMP_FIELD_ODD only with BMP_FIELD
  * caller   the rectangles' right and bottom ends lie inside their bitmaps; src has dest's format. */
 void BMP_CALL bmp_map_rect(Bitmap* dest, Bitmap* weight_map, float dx0, float dy0, float dx1, float dy1,
                            const Bitmap* src, const int32_t* src_size, float sx0, float sy0, float sx1, float sy1,

@@ -1,5 +1,5 @@
 /// \file
-/// Load on Linux: the tables are filled before a constructor of the host runs.
+/// Load on Linux: the tables are filled before the constructors of a host that have no priority of their own.
 #include "core/kernel_tables.h"
 #include "platform/sse_probe.h"
 

@@ -127,7 +127,9 @@ struct Target {
 
     template <class DrawLine>
     void for_each_line(DrawLine draw_line) const {
-        for (int32_t y = lines.first; y < bitmap.height; y += lines.step) {
+        const int32_t count = lines.count(bitmap.height);
+        for (int32_t k = 0; k < count; ++k) {
+            const int32_t y = lines.first + k * lines.step;
             LineWriter writer(reinterpret_cast<uint16_t*>(line_address(bitmap, y)), store);
             draw_line(y, writer);
             writer.fill(bitmap.width, 0);

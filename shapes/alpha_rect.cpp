@@ -10,12 +10,12 @@
 namespace zepbmp {
 
 Box clipped(const Box& box, const Bitmap& bitmap) {
-    const auto at_most = [](int32_t value, int32_t pixels) {
-        const int64_t limit = int64_t{pixels} * kSubpixels;
+    const Limits limits(bitmap);
+    const auto at_most = [](int32_t value, int64_t limit) {
         return static_cast<int32_t>(value < limit ? value : limit);
     };
-    return {box.x0 < 0 ? 0 : box.x0, box.y0 < 0 ? 0 : box.y0, at_most(box.x1, bitmap.width),
-            at_most(box.y1, bitmap.height)};
+    return {box.x0 < 0 ? 0 : box.x0, box.y0 < 0 ? 0 : box.y0, at_most(box.x1, limits.width),
+            at_most(box.y1, limits.height)};
 }
 
 namespace {

@@ -31,6 +31,13 @@ struct BoxLines {
     }
 };
 
+/// A bitmap's size in 1/64, for comparing: it may pass 32 bits.
+struct Limits {
+    int64_t width, height;
+    explicit Limits(const Bitmap& bitmap)
+        : width(int64_t{bitmap.width} * kSubpixels), height(int64_t{bitmap.height} * kSubpixels) {}
+};
+
 /// Draws a clipped box; every weight becomes the larger of what it was and the pixel's covered fraction.
 void draw_box_by_maximum(const Bitmap& bitmap, const Box& box, uint32_t flags);
 

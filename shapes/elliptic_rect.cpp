@@ -75,8 +75,10 @@ void draw_corner_line(uint16_t* line, int32_t first, int32_t end, int32_t step, 
     }
 }
 
-int32_t held(int64_t value, int32_t low, int32_t high) {
-    return static_cast<int32_t>(value < low ? low : value > high ? high : value);
+/// `value` held to low..high and to 32 bits.
+int32_t held(int64_t value, int64_t low, int64_t high) {
+    const int64_t most = high < INT32_MAX ? high : INT32_MAX;
+    return static_cast<int32_t>(value < low ? low : value > most ? most : value);
 }
 
 int64_t round_up_to_pixel(int64_t subpixels) { return (subpixels + kSubpixels - 1) >> kSubpixelBits; }
@@ -97,10 +99,9 @@ void draw_elliptic(const Bitmap& bitmap, const Box& box, Radii radii, uint32_t f
     // The ellipses' centres belong to the box as it was given: clipping does not bend a corner.
     const int64_t centre_left = int64_t{box.x0} + radii.x, centre_right = int64_t{box.x1} - radii.x;
     const int64_t centre_top = int64_t{box.y0} + radii.y, centre_bottom = int64_t{box.y1} - radii.y;
-    const int32_t width = static_cast<int32_t>(int64_t{bitmap.width} * kSubpixels),
-                  height = static_cast<int32_t>(int64_t{bitmap.height} * kSubpixels);
-    const Box inner = {held(centre_left, 0, width), held(centre_top, 0, height), held(centre_right, 0, width),
-                       held(centre_bottom, 0, height)};
+    const Limits limits(bitmap);
+    const Box inner = {held(centre_left, 0, limits.width), held(centre_top, 0, limits.height),
+                       held(centre_right, 0, limits.width), held(centre_bottom, 0, limits.height)};
     draw_box_by_maximum(bitmap, {drawn.x0, inner.y0, drawn.x1, inner.y1}, flags);
     draw_box_by_maximum(bitmap, {inner.x0, drawn.y0, inner.x1, drawn.y1}, flags);
 
