@@ -70,6 +70,7 @@ void write_clip(const std::filesystem::path& path, const Clip& clip) {
         writer.write_sound(channels, static_cast<int>(tone.size()));
     }
     writer.finish();
+    writer.commit();
 }
 
 Contents read_contents(const std::filesystem::path& path) {

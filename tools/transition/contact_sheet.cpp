@@ -117,7 +117,6 @@ void ContactSheet::finish() {
     const bool written = std::fwrite(packet->data, 1, packet->size, file) == static_cast<size_t>(packet->size);
     const bool closed = std::fclose(file) == 0;
     check(written && closed, std::strerror(errno));
-    file_.commit();
 }
 
 }  // namespace zepbmp::transition

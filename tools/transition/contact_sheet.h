@@ -23,7 +23,11 @@ public:
     /// Takes the frame if the sheet shows it. Frames come in ascending order.
     void offer(int64_t frame, const Bitmap& picture);
 
+    /// Writes the file, which stays hidden.
     void finish();
+
+    /// Puts the finished file in its place.
+    void commit() { file_.commit(); }
 
 private:
     void fill(int left, int top, int width, int height, uint32_t rgb);

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "error.h"
+#include "interrupt.h"
 
 extern "C" {
 #include <libavutil/display.h>
@@ -268,6 +269,7 @@ void MediaWriter::encode_sound(int at_least) {
 void MediaWriter::encode(AVCodecContext* codec, AVStream* stream, const AVFrame* frame) {
     check(avcodec_send_frame(codec, frame));
     for (;;) {
+        check_interrupt();  // an encoder that is being emptied gives many packets in one call
         const int result = avcodec_receive_packet(codec, packet_.get());
         if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
             return;
@@ -288,7 +290,6 @@ void MediaWriter::finish() {
     }
     check(av_write_trailer(container_.get()));
     check(avio_closep(&container_->pb));
-    file_.commit();
 }
 
 }  // namespace zepbmp::transition

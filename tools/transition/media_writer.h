@@ -14,7 +14,7 @@
 
 namespace zepbmp::transition {
 
-/// Writes a video file: pictures and sound in, compressed streams out. The file appears when finish() has returned;
+/// Writes a video file: pictures and sound in, compressed streams out. The file appears when commit() has returned;
 /// until then, and if anything fails, nothing is to be seen of it.
 class MediaWriter {
 public:
@@ -35,7 +35,11 @@ public:
     /// The next samples, planar floats.
     void write_sound(float* const* channels, int count);
 
+    /// Writes what the encoders still hold and closes the file, which stays hidden.
     void finish();
+
+    /// Puts the finished file in its place.
+    void commit() { file_.commit(); }
 
 private:
     struct ContainerDeleter {

@@ -73,7 +73,13 @@ bool same_file(const fs::path& one, const fs::path& other) {
     std::error_code ignored;
     if (fs::equivalent(one, other, ignored))
         return true;
-    return fs::weakly_canonical(fs::absolute(one), ignored) == fs::weakly_canonical(fs::absolute(other), ignored);
+    const auto full = [](const fs::path& path) {
+        std::error_code failed;
+        const fs::path absolute = fs::absolute(path, failed);
+        return failed ? fs::path() : fs::weakly_canonical(absolute, failed);
+    };
+    const fs::path full_one = full(one), full_other = full(other);
+    return !full_one.empty() && full_one == full_other;
 }
 
 void refuse_same_file(const fs::path& output, const fs::path& other, const char* what) {
@@ -150,6 +156,8 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
         refuse("--color has a meaning for --effect band only");
     options.feather_px = feather;
     options.color_rgb = parse_color(color);
+    if (input_a.empty() || input_b.empty() || output.empty() || (*sheet_option && sheet.empty()))
+        refuse("a file name is empty");
     refuse_same_file(options.output, options.input_a, "the first video");
     refuse_same_file(options.output, options.input_b, "the second video");
     if (*sheet_option) {

@@ -260,10 +260,14 @@ Report make_transition(const Options& options) {
             progress.update(frame + 1);
         }
     }
-    check_interrupt();
+    // Both files are whole before either takes its place, so that a failure or an interrupt leaves neither.
     writer.finish();
     if (sheet)
         sheet->finish();
+    check_interrupt();
+    writer.commit();
+    if (sheet)
+        sheet->commit();
 
     Report report;
     report.summary = summary(options, info, pictures.order(), timeline.total, writer.description());
