@@ -27,7 +27,8 @@ add_compile_options(${zepbmp_instrumentation})
 add_link_options(${zepbmp_instrumentation})
 
 function(zepbmp_project_flags target)
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Werror -ffp-contract=off)
+    target_compile_options(${target} PRIVATE
+        -Wall -Wextra -Wpedantic $<$<BOOL:${ZEPBMP_WERROR}>:-Werror> -ffp-contract=off)
 endfunction()
 
 function(zepbmp_library_flags target)
