@@ -106,7 +106,7 @@ void print_summary(std::FILE* out, const std::vector<Measured>& all) {
 }
 
 void print_targets(std::FILE* out, const std::vector<Measured>& all) {
-    std::fputs("| target | asked | reached | |\n|---|--:|--:|---|\n", out);
+    std::fputs("| goal | set | reached | |\n|---|--:|--:|---|\n", out);
     const auto line = [out](const Subject& subject, const std::string& what, double asked, double reached) {
         std::fprintf(out, "| %s, %s | %.6g | %s | %s |\n", subject.name.c_str(), what.c_str(), asked,
                      number(asked >= 100 ? "%.0f" : "%.2f", reached).c_str(),
