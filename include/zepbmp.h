@@ -202,7 +202,8 @@ int32_t BMP_CALL bmp_display(void* device_context, int32_t dest_x, int32_t dest_
  *   the levels round is told in docs/rounding.md.
  * returns  0
  * caller   sources and mask are at least as large as dest, sources of its format; a mask that is read as 16-bit weights
- *          has at least 2 bytes a pixel; dest may be one of the sources but overlaps none otherwise. Weights of a mask are 0..4096 (0..128 in A8) for a mix; larger ones extrapolate. */
+ *          has at least 2 bytes a pixel; dest may be one of the sources but overlaps none otherwise. Weights of a
+ *          mask are 0..4096 (0..128 in A8) for a mix; larger ones extrapolate. */
 int32_t BMP_CALL bmp_compose(Bitmap* dest, const Bitmap* src1, const Bitmap* src2, const void* mask, uint32_t flags);
 
 /* Mixes frames with a flat colour.
