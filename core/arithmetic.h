@@ -11,6 +11,22 @@ inline int32_t trunc_to_int32(double value) {
     return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int32_t>(value) : INT32_MIN;
 }
 
+/// As above, but a value that is too large becomes the nearest that fits. Not for a NaN.
+inline int32_t hold_to_int32(double value) {
+    if (value >= 2147483647.0)
+        return INT32_MAX;
+    return value <= -2147483648.0 ? INT32_MIN : static_cast<int32_t>(value);
+}
+
+/// Single precision as written: x87 registers hold more, so there the value passes through memory. Static, because files
+/// for wide registers include this header.
+static inline float single(float value) {
+#if defined(__i386__) && !defined(__SSE_MATH__)
+    asm("" : "+m"(value));
+#endif
+    return value;
+}
+
 /// Sums and differences modulo 2^32, as signed values.
 inline int32_t wrapping_add(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));

@@ -19,7 +19,8 @@ constexpr int kWidestRegister = 64;  ///< bytes
 /// 64) picks among the kernels that write the same bytes; 8 is the printed column itself. More than this build or
 /// this machine has means as much as it has.
 void fill_compose_slots(int level, int register_bytes = kWidestRegister);
-void fill_span_groups(int level);
+void fill_span_groups(int level, int register_bytes = kWidestRegister);
+void fill_cover_kernels(int level, int register_bytes = kWidestRegister);
 void fill_line_kernels(int level, int register_bytes = kWidestRegister);
 void fill_shape_kernels(int level, int register_bytes = kWidestRegister);
 
@@ -73,7 +74,35 @@ extern ComposeSlots compose_slot;
 
 // ---------------------------------------------------------------- polygon spans
 
-using SpanKernel = void (*)();  ///< called as what its group says
+/// What the span kernels sample. Positions are in 16.16 units, 65536 to a texel; column and row of a sample are its
+/// integer parts.
+struct SpanTexture {
+    const uint8_t* pixels;  ///< texel (0, 0)
+    ptrdiff_t pitch;        ///< bytes from a line to the next
+    int32_t columns, rows;  ///< 1..32768
+    float u_max, v_max;     ///< the farthest position; every tap of the filter with a weight lies inside from there
+};
+
+/// One span of one line. Single precision, one rounding for each operation, in the order written.
+///
+/// An affine kernel samples at u = x * du + u_start. The others compute w = x * dw + w_start and q = 1 / w, and sample
+/// at u = (x * du + u_start) * q + u_off; v alike. A position that is not above 0, or not a number, becomes 0, one
+/// above the maximum the maximum; then it is truncated.
+struct Span {
+    uint8_t* line;        ///< pixel 0 of the destination line
+    int32_t first, last;  ///< the pixels to write
+    float du, u_start;    ///< 16.16 units; of u times w where w is used
+    float dv, v_start;
+    float dw, w_start;
+    float u_off, v_off;
+    float* depth;        ///< of the depth groups: one value a pixel, pixel 0 first
+    uint32_t color;      ///< of the tint groups
+    ptrdiff_t prefetch;  ///< bytes from a sample to one that is needed some lines later; a hint
+};
+
+/// Writes pixels first to last of the line, nothing else; touches nothing where first > last. The destination has the
+/// texture's layout, under a tint its own.
+using SpanKernel = void(const SpanTexture& texture, const Span& span);
 constexpr int kSpanFilters = 21;
 constexpr int kSpanGroups = 10;
 
@@ -89,7 +118,45 @@ enum SpanGroup : int {
     kSpanA8TintYuy2,
     kSpanA8TintRgbq,
 };
-extern SpanKernel span_group[kSpanGroups][kSpanFilters];
+/// Filter 0 takes the nearest sample (under a tint a bilinear one); filter 1 + 5 * rows + columns averages the box of
+/// those two classes, see mapping/polygon/filters.h.
+extern SpanKernel* span_group[kSpanGroups][kSpanFilters];
+
+// ---------------------------------------------------------------- polygon coverage
+
+/// An edge that runs from x = a to x = b, a < b, from the top of a line to its bottom or the other way.
+struct CoverRamp {
+    int32_t a, b;  ///< 1/4096 pixel
+    float k;       ///< 4096 / (b - a)
+};
+
+/// Coverages are 0..4096. Everything blends as d += (s - d) * coverage >> 12; a `level`, 0..4096, scales the coverage
+/// first: coverage * level >> 12.
+///
+/// A pixel has one coverage for all its bytes; in YUY2, where the first pixel begins a pair, chroma takes the mean of
+/// its pair's two, cut, and that of the pair's first pixel where `pixels` ends with it. src, where there is one, has
+/// the destination's layout. Nothing but these pixels and their chroma is written.
+struct CoverKernels {
+    /// coverage[x] for x = first .. end-1: the area of pixel x right of the ramp. All these pixels touch the ramp.
+    void (*ramp)(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp);
+
+    using Blend = void(uint8_t* dst, const uint8_t* src, const uint16_t* coverage, int32_t pixels);
+    Blend* blend_rgbq;
+    Blend* blend_yuy2;
+    Blend* blend_pwrw;
+
+    /// One value for all: a pixel in RGBQ, the four bytes of a pair in YUY2, a word in PWRW, a byte in A8.
+    using Paint = void(uint8_t* dst, uint32_t value, const uint16_t* coverage, int32_t pixels, int32_t level);
+    Paint* paint_rgbq;
+    Paint* paint_yuy2;
+    Paint* paint_pwrw;
+    Paint* paint_a8;
+
+    /// Full coverage at a level below 4096. `value` is repeated: four bytes, or a word.
+    void (*fade_bytes)(uint8_t* dst, uint32_t value, int32_t bytes, int32_t level);
+    void (*fade_words)(uint8_t* dst, uint32_t value, int32_t words, int32_t level);
+};
+extern CoverKernels cover_kernels;
 
 // ---------------------------------------------------------------- lines of bytes
 

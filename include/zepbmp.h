@@ -32,7 +32,7 @@
 #define ZEPBMP_HAS_SHAPES 1   /* bmp_alpha_rect bmp_alpha_circle                    */
 #define ZEPBMP_HAS_DRAWING 0  /* bmp_draw_rect bmp_draw_line bmp_translate_color    */
 #define ZEPBMP_HAS_DISPLAY 0  /* bmp_set_palette bmp_display                        */
-#define ZEPBMP_HAS_POLYGONS 0 /* bmp_map_polygon                                    */
+#define ZEPBMP_HAS_POLYGONS 1 /* bmp_map_polygon                                    */
 #define ZEPBMP_HAS_RECTS 0    /* bmp_map_rect                                       */
 
 #if defined(_WIN32)

@@ -56,8 +56,13 @@ struct Lanes256 {
     static V sub(V a, V b) { return _mm256_sub_epi16(a, b); }
     static V bit_and(V a, V b) { return _mm256_and_si256(a, b); }
     static V bit_or(V a, V b) { return _mm256_or_si256(a, b); }
+    static V bit_xor(V a, V b) { return _mm256_xor_si256(a, b); }
     static V mul_high(V a, V b) { return _mm256_mulhi_epi16(a, b); }
     static V mul_low(V a, V b) { return _mm256_mullo_epi16(a, b); }
+    template <int kShift>
+    static V shift_left_words(V v) {
+        return _mm256_slli_epi16(v, kShift);
+    }
     template <int kShift>
     static V shift_right(V v) {
         return _mm256_srli_epi16(v, kShift);
@@ -156,6 +161,11 @@ struct Floats256 {
             p[i] = words[i];
     }
     static void store(int32_t* p, I a) { _mm256_storeu_si256(reinterpret_cast<I*>(p), a); }
+    static F load(const float* p) { return _mm256_loadu_ps(p); }
+    static void store(float* p, F a) { _mm256_storeu_ps(p, a); }
+    static F div(F a, F b) { return _mm256_div_ps(a, b); }
+    static I greater(F a, F b) { return _mm256_castps_si256(_mm256_cmp_ps(a, b, _CMP_GT_OQ)); }
+    static F select(I mask, F a, F b) { return _mm256_blendv_ps(b, a, _mm256_castsi256_ps(mask)); }
     static void finish() { _mm256_zeroupper(); }
 };
 

@@ -54,8 +54,13 @@ struct Lanes512 {
     static V sub(V a, V b) { return _mm512_sub_epi16(a, b); }
     static V bit_and(V a, V b) { return _mm512_and_si512(a, b); }
     static V bit_or(V a, V b) { return _mm512_or_si512(a, b); }
+    static V bit_xor(V a, V b) { return _mm512_xor_si512(a, b); }
     static V mul_high(V a, V b) { return _mm512_mulhi_epi16(a, b); }
     static V mul_low(V a, V b) { return _mm512_mullo_epi16(a, b); }
+    template <int kShift>
+    static V shift_left_words(V v) {
+        return _mm512_slli_epi16(v, kShift);
+    }
     template <int kShift>
     static V shift_right(V v) {
         return _mm512_srli_epi16(v, kShift);
@@ -146,6 +151,11 @@ struct Floats512 {
         _mm512_mask_cvtepi32_storeu_epi16(p, static_cast<__mmask16>((1u << n) - 1), a);
     }
     static void store(int32_t* p, I a) { _mm512_storeu_si512(p, a); }
+    static F load(const float* p) { return _mm512_loadu_ps(p); }
+    static void store(float* p, F a) { _mm512_storeu_ps(p, a); }
+    static F div(F a, F b) { return _mm512_div_ps(a, b); }
+    static I greater(F a, F b) { return _mm512_movm_epi32(_mm512_cmp_ps_mask(a, b, _CMP_GT_OQ)); }
+    static F select(I mask, F a, F b) { return _mm512_mask_blend_ps(_mm512_movepi32_mask(mask), b, a); }
     static void finish() { _mm256_zeroupper(); }
 };
 

@@ -72,8 +72,14 @@ struct Lanes128 {
     static V add(V a, V b) { return _mm_add_epi16(a, b); }
     static V sub(V a, V b) { return _mm_sub_epi16(a, b); }
     static V bit_and(V a, V b) { return _mm_and_si128(a, b); }
+    static V bit_or(V a, V b) { return _mm_or_si128(a, b); }
+    static V bit_xor(V a, V b) { return _mm_xor_si128(a, b); }
     static V mul_high(V a, V b) { return _mm_mulhi_epi16(a, b); }
     static V mul_low(V a, V b) { return _mm_mullo_epi16(a, b); }
+    template <int kShift>
+    static V shift_left_words(V v) {
+        return _mm_slli_epi16(v, kShift);
+    }
     template <int kShift>
     static V shift_right(V v) {
         return _mm_srli_epi16(v, kShift);
@@ -84,6 +90,22 @@ struct Lanes128 {
     }
     static V average_bytes(V a, V b) { return _mm_avg_epu8(a, b); }
     static V max_words(V a, V b) { return _mm_add_epi16(_mm_subs_epu16(a, b), b); }
+
+    static V add_dwords(V a, V b) { return _mm_add_epi32(a, b); }
+    static V sub_dwords(V a, V b) { return _mm_sub_epi32(a, b); }
+    static V multiply_pairs(V a, V b) { return _mm_madd_epi16(a, b); }
+    template <int kShift>
+    static V shift_left_dwords(V v) {
+        return _mm_slli_epi32(v, kShift);
+    }
+    template <int kShift>
+    static V shift_right_dwords(V v) {
+        return _mm_srli_epi32(v, kShift);
+    }
+    template <int kShift>
+    static V shift_right_signed_dwords(V v) {
+        return _mm_srai_epi32(v, kShift);
+    }
 
     static V words_twice(const void* p) {
         const V w = load_half(p);
@@ -138,6 +160,14 @@ struct Floats128 {
             p[i] = words[i];
     }
     static void store(int32_t* p, I a) { _mm_storeu_si128(reinterpret_cast<I*>(p), a); }
+    static F load(const float* p) { return _mm_loadu_ps(p); }
+    static void store(float* p, F a) { _mm_storeu_ps(p, a); }
+    static F div(F a, F b) { return _mm_div_ps(a, b); }
+    static I greater(F a, F b) { return _mm_castps_si128(_mm_cmpgt_ps(a, b)); }
+    static F select(I mask, F a, F b) {
+        const F m = _mm_castsi128_ps(mask);
+        return _mm_or_ps(_mm_and_ps(m, a), _mm_andnot_ps(m, b));
+    }
     static void finish() {}
 };
 

@@ -138,70 +138,75 @@ TEST(ShapeSelection, IsPlainBelowLevel4) {
 
 // ---------------------------------------------------------------- spans
 
-constexpr int kStoredFilters = 26;
-
 /// A kernel that can be told from every other: only its address counts.
 template <int kNumber>
-void numbered_span() {
+void numbered_span(const SpanTexture&, const Span&) {
     asm volatile("" : : "i"(kNumber));
 }
 
-template <int... kFilter>
-std::vector<SpanKernel> numbered(std::integer_sequence<int, kFilter...>) {
-    return {numbered_span<kFilter>...};
+template <int kFirst, int... kNumber>
+SpanSet numbered(std::integer_sequence<int, kNumber...>) {
+    SpanSet set;
+    ((set.kernel[kNumber / kSpanFilters][kNumber % kSpanFilters] = numbered_span<kFirst + kNumber>), ...);
+    return set;
 }
 
-constexpr int number(int group, int column, int filter) { return (group * 2 + column) * kStoredFilters + filter; }
+constexpr auto kAllKernels = std::make_integer_sequence<int, kSpanGroups * kSpanFilters>();
 
+/// Rows that name one of two sets, by turns.
 class SpanSelection : public testing::Test {
 protected:
     void SetUp() override {
         std::memcpy(before_, span_group, sizeof before_);
         for (int group = 0; group < kSpanGroups; ++group) {
             rows_[group].group = static_cast<SpanGroup>(group);
-            for (int column = 0; column < 2; ++column)
-                rows_[group].column[column] = &stored_[number(group, column, 0)];
+            for (int column = 0; column < kKernelColumns; ++column)
+                rows_[group].column[column] = &sets_[(group + column) % 2];
         }
     }
     void TearDown() override { std::memcpy(span_group, before_, sizeof before_); }
 
-    const std::vector<SpanKernel> stored_ =
-        numbered(std::make_integer_sequence<int, kSpanGroups * 2 * kStoredFilters>());
+    SpanSet sets_[2] = {numbered<0>(kAllKernels), numbered<1000>(kAllKernels)};
     SpanRow rows_[kSpanGroups];
-    SpanKernel before_[kSpanGroups][kSpanFilters];
+    SpanKernel* before_[kSpanGroups][kSpanFilters];
 };
 
-TEST_F(SpanSelection, CopiesTwentyOneOfWhateverIsStored) {
-    ASSERT_EQ(sizeof span_group / sizeof(SpanKernel), 210u);
-    for (int level = 0; level < kCpuLevels; ++level) {
+TEST_F(SpanSelection, CopiesTwentyOneOfEachGroup) {
+    ASSERT_EQ(sizeof span_group / sizeof(SpanKernel*), 210u);
+    for (int column = 0; column < kKernelColumns; ++column) {
         std::memset(span_group, 0, sizeof span_group);
-        select_spans(rows_, level);
-        const int column = level < 2 ? 0 : 1;
+        select_spans(rows_, column);
         for (int group = 0; group < 10; ++group) {
             for (int filter = 0; filter < 21; ++filter)
-                EXPECT_EQ(span_group[group][filter], stored_[number(group, column, filter)])
-                    << "level " << level << " group " << group << " filter " << filter;
+                EXPECT_EQ(span_group[group][filter], sets_[(group + column) % 2].kernel[group][filter])
+                    << "column " << column << " group " << group << " filter " << filter;
         }
     }
 }
 
-// The array is the last thing before the next group's: a copied 22nd entry would show there or, in the last group,
-// behind it.
 TEST_F(SpanSelection, LeavesTheOtherGroupsAlone) {
     for (int only = 0; only < kSpanGroups; ++only) {
         SpanRow rows[kSpanGroups];
         for (SpanRow& row : rows)
             row = rows_[only];
-        const SpanKernel mark = numbered_span<-1>;
+        SpanKernel* const mark = numbered_span<-1>;
         for (auto& group : span_group)
-            for (SpanKernel& cell : group)
+            for (SpanKernel*& cell : group)
                 cell = mark;
         select_spans(rows, 4);
         for (int group = 0; group < kSpanGroups; ++group) {
             for (int filter = 0; filter < kSpanFilters; ++filter)
-                EXPECT_EQ(span_group[group][filter], group == only ? stored_[number(only, 1, filter)] : mark);
+                EXPECT_EQ(span_group[group][filter], group == only ? sets_[only % 2].kernel[only][filter] : mark);
         }
     }
+}
+
+TEST_F(SpanSelection, WhatASetLacksIsPlain) {
+    sets_[0].kernel[kSpanRgbqPersp][7] = nullptr;
+    rows_[kSpanRgbqPersp].column[4] = &sets_[0];
+    select_spans(rows_, 4);
+    EXPECT_EQ(span_group[kSpanRgbqPersp][7], kSpansPlain.kernel[kSpanRgbqPersp][7]);
+    EXPECT_EQ(span_group[kSpanRgbqPersp][8], sets_[0].kernel[kSpanRgbqPersp][8]);
 }
 
 TEST_F(SpanSelection, GroupsStandInTheirOrder) {
@@ -219,14 +224,24 @@ TEST_F(SpanSelection, GroupsStandInTheirOrder) {
         EXPECT_EQ(kSpanRows[group].group, group);
 }
 
+TEST_F(SpanSelection, PlainKernelsAreAllThere) {
+    for (const auto& group : kSpansPlain.kernel) {
+        for (SpanKernel* const kernel : group)
+            EXPECT_NE(kernel, nullptr);
+    }
+}
+
 TEST_F(SpanSelection, FillTakesTheLibrarysOwnRows) {
     for (int level = 0; level < kCpuLevels; ++level) {
         select_spans(rows_, level);
-        fill_span_groups(level);
+        fill_span_groups(level, 8);
         for (int group = 0; group < kSpanGroups; ++group) {
-            const SpanKernel* const from = kSpanRows[group].column[level < 2 ? 0 : 1];
-            for (int filter = 0; filter < kSpanFilters; ++filter)
-                EXPECT_EQ(span_group[group][filter], from ? from[filter] : nullptr) << group << " " << filter;
+            EXPECT_EQ(kSpanRows[group].column[level] == &kSpansPlain, level < 4) << "group " << group;
+            for (int filter = 0; filter < kSpanFilters; ++filter) {
+                SpanKernel* const kernel = kSpanRows[group].column[level]->kernel[group][filter];
+                EXPECT_EQ(span_group[group][filter], kernel ? kernel : kSpansPlain.kernel[group][filter])
+                    << group << " " << filter;
+            }
         }
     }
 }

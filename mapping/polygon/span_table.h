@@ -2,21 +2,19 @@
 /// How a row of the span selection table looks.
 #pragma once
 
-#include "core/kernel_tables.h"
+#include "mapping/polygon/span_kernels.h"
 
 namespace zepbmp {
 
+/// One for each column of the selection tables, see kernel_column().
 struct SpanRow {
     SpanGroup group;
-    const SpanKernel* column[2];  ///< tables of at least kSpanFilters kernels: for levels 0 and 1, for levels 2 to 4
+    const SpanSet* column[kKernelColumns];
 };
 
 extern const SpanRow kSpanRows[kSpanGroups];
 
-/// The column that a level takes: 0 or 1.
-int span_column(int level);
-
-/// Copies exactly kSpanFilters kernels of each row's table into its group.
-void select_spans(const SpanRow (&rows)[kSpanGroups], int level);
+/// Fills each row's group: the kernels of its set, where that has none the plain ones.
+void select_spans(const SpanRow (&rows)[kSpanGroups], int column);
 
 }  // namespace zepbmp

@@ -1,0 +1,86 @@
+/// \file
+/// Textured polygons with anti-aliased edges: spans go to a scratch line, which is blended in by coverage.
+#include "mapping/polygon/antialiased_walk.h"
+
+namespace zepbmp {
+namespace {
+
+/// How a texture's pixels are put into the destination.
+struct Finisher {
+    CoverKernels::Blend* blend;
+    int pixel_bytes;
+    bool in_pairs;
+};
+
+Finisher finisher_of(const Bitmap& texture) {
+    switch (texture.format) {
+        case BMP_FMT_YUY2: return {cover_kernels.blend_yuy2, 2, true};
+        case BMP_FMT_RGBQ: return {cover_kernels.blend_rgbq, 4, false};
+        default: return {cover_kernels.blend_pwrw, 2, false};
+    }
+}
+
+constexpr int32_t kMostPixelBytes = 4;
+
+/// The middle sub-line comes last: where they overlap it shows.
+constexpr int kRenderOrder[kSubLines] = {0, 2, 1};
+
+/// Renders the spans between a sub-line's pairs of edges, as far as their coverages `covers` reach.
+void render(uint8_t* scratch, const AntialiasedWalk& walk, int sub_line, const EdgeCover* covers,
+            const SpanDrawer& spans, bool in_pairs) {
+    const Crossing* const crossings = walk.crossings(sub_line);
+    for (int32_t i = 0; i + 1 < walk.count(sub_line); i += 2) {
+        PixelRange pixels = {covers[i].pixels.first, covers[i + 1].pixels.end};
+        if (pixels.empty())
+            continue;
+        if (in_pairs)
+            pixels.first &= ~1;
+        spans.draw(scratch, pixels, walk.line() * kSubLines + sub_line, crossings[i], crossings[i + 1]);
+    }
+}
+
+}  // namespace
+
+void draw_antialiased(const Target& target, const Bitmap& texture, const KernelChoice& kernels,
+                      const Polygon& polygon) {
+    const int32_t width = target.picture.width;
+    if (width <= 0)
+        return;
+    const uint64_t scratch_bytes =
+        Arena::bytes<uint8_t>((uint64_t{static_cast<uint32_t>(width)} + 1) * kMostPixelBytes);
+    const auto most = static_cast<uint64_t>(polygon.count);
+    Arena arena;
+    if (!arena.reserve(AntialiasedWalk::bytes(target, polygon) + scratch_bytes + Arena::bytes<EdgeMapping>(most)))
+        return;
+    AntialiasedWalk walk(arena, target, polygon);
+    const SpanDrawer spans(texture, kernels, polygon, kSubLines, walk.edges(), walk.edge_count(),
+                           arena.array<EdgeMapping>(most));
+    uint8_t* const scratch = arena.array<uint8_t>(scratch_bytes);
+    const Finisher finisher = finisher_of(texture);
+    const Plane plane(target.plane);
+
+    while (walk.next()) {
+        if (walk.whole()) {
+            render(scratch, walk, 1, walk.covers(0), spans, finisher.in_pairs);
+        } else {
+            for (const int sub_line : kRenderOrder)
+                render(scratch, walk, sub_line, walk.covers(sub_line), spans, finisher.in_pairs);
+        }
+        uint8_t* const line = line_address(target.picture, walk.line());
+        for (const CoverSegment& segment : walk.coverage()) {
+            const int32_t count = segment.pixels.end - segment.pixels.first;
+            const ptrdiff_t offset = ptrdiff_t{segment.pixels.first} * finisher.pixel_bytes;
+            if (segment.full) {
+                line_kernels.copy[kStoreCached](line + offset, scratch + offset,
+                                                static_cast<size_t>(count) * static_cast<size_t>(finisher.pixel_bytes));
+                plane.mark(walk.line(), segment.pixels);
+            } else {
+                finisher.blend(line + offset, scratch + offset, walk.coverage().coverage() + segment.pixels.first,
+                               count);
+                plane.blend(walk.line(), segment.pixels, walk.coverage().coverage(), kWeightFull);
+            }
+        }
+    }
+}
+
+}  // namespace zepbmp

@@ -1,0 +1,83 @@
+#include "mapping/polygon/spans.h"
+
+#include "core/arithmetic.h"
+#include "mapping/polygon/filter_choice.h"
+#include "mapping/polygon/filters.h"
+
+namespace zepbmp {
+namespace {
+
+/// The first pixel whose centre is at or right of x, which counts to 1/4096.
+int64_t pixel_from(float x) {
+    const int64_t units = hold_to_int32(double{x} * -kPixelUnits);
+    return (kPixelUnits / 2 - 1 - units) >> 12;
+}
+
+/// A quantity along a span.
+struct Slope {
+    double step;   ///< a pixel
+    double start;  ///< at x = 0, pixel 0's centre being at 0.5
+};
+
+Slope slope_between(double left, double right, float left_x, float right_x) {
+    const double width = double{right_x} - left_x;
+    const double step = width > 0 ? (right - left) / width : 0;
+    return {step, left - step * (left_x - 0.5)};
+}
+
+}  // namespace
+
+PixelRange pixels_between(float left, float right, int32_t width) {
+    const int64_t first = pixel_from(left), end = pixel_from(right);
+    if (first >= width || end <= 0)
+        return {0, 0};
+    return {first < 0 ? 0 : static_cast<int32_t>(first), end > width ? width : static_cast<int32_t>(end)};
+}
+
+SpanDrawer::SpanDrawer(const Bitmap& bitmap, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
+                       const Edge* edges, int32_t edge_count, EdgeMapping* mappings)
+    : perspective_(kernels.perspective), sub_lines_(sub_lines), edges_(edges), mappings_(mappings) {
+    const Texture texture = texture_of(bitmap, polygon.flags);
+    const FilterChoice filter = polygon.flags & BMP_MAP_NO_FILTER
+                                    ? unfiltered(texture)
+                                    : choose_filter(texture, polygon.vertices, polygon.count);
+    kernel_ = span_group[kernels.group][filter.index];
+    texture_ = {texture.pixels, texture.pitch, texture.columns, texture.rows, filter.u_max, filter.v_max};
+    u_offset_ = filter.u_offset;
+    v_offset_ = filter.v_offset;
+    for (int32_t i = 0; i < edge_count; ++i)
+        mappings[i] =
+            map_edge(polygon.vertices, polygon.count, edges[i].order, sub_lines, texture.line_scale, perspective_);
+}
+
+void SpanDrawer::draw(uint8_t* destination, const PixelRange& pixels, int32_t line, const Crossing& left,
+                      const Crossing& right, float* depth, uint32_t tint) const {
+    const EdgeMapping &l = mapping_of(left), &r = mapping_of(right);
+    const auto along = [&](const Interpolant& from, const Interpolant& to) {
+        return slope_between(from.at(line), to.at(line), left.x, right.x);
+    };
+    const Slope u = along(l.u, r.u), v = along(l.v, r.v);
+    Span span{};
+    span.line = destination;
+    span.first = pixels.first;
+    span.last = pixels.end - 1;
+    span.du = static_cast<float>(u.step);
+    span.dv = static_cast<float>(v.step);
+    span.depth = depth;
+    span.color = tint;
+    if (perspective_) {
+        const Slope w = along(l.w, r.w);
+        span.u_start = static_cast<float>(u.start);
+        span.v_start = static_cast<float>(v.start);
+        span.dw = static_cast<float>(w.step);
+        span.w_start = static_cast<float>(w.start);
+        span.u_off = static_cast<float>(u_offset_);
+        span.v_off = static_cast<float>(v_offset_);
+    } else {
+        span.u_start = static_cast<float>(u.start + u_offset_);
+        span.v_start = static_cast<float>(v.start + v_offset_);
+    }
+    kernel_(texture_, span);
+}
+
+}  // namespace zepbmp

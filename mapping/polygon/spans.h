@@ -1,0 +1,54 @@
+/// \file
+/// From a pair of edges on a line to a call of a span kernel.
+#pragma once
+
+#include "core/kernel_tables.h"
+#include "mapping/polygon/edges.h"
+#include "mapping/polygon/kernel_choice.h"
+#include "mapping/polygon/texture.h"
+
+namespace zepbmp {
+
+/// An edge where it crosses the centre of a line or sub-line.
+struct Crossing {
+    const Edge* edge;
+    float x;
+};
+
+/// Pixels first .. end-1.
+struct PixelRange {
+    int32_t first, end;
+
+    bool empty() const { return first >= end; }
+};
+
+/// The pixels whose centres lie between two crossings, within 0 .. width-1.
+PixelRange pixels_between(float left, float right, int32_t width);
+
+/// Draws spans of one polygon.
+class SpanDrawer {
+public:
+    /// `mappings`: room for one of each edge. sub_lines: those of a destination line.
+    SpanDrawer(const Bitmap& texture, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
+               const Edge* edges, int32_t edge_count, EdgeMapping* mappings);
+
+    /// Draws pixels of a line with the texture coordinates that the two edges have on `line`, a sub-line where there
+    /// are some.
+    ///   destination   pixel 0
+    ///   depth         of the depth groups: value 0 of the destination line
+    void draw(uint8_t* destination, const PixelRange& pixels, int32_t line, const Crossing& left, const Crossing& right,
+              float* depth = nullptr, uint32_t tint = 0) const;
+
+private:
+    const EdgeMapping& mapping_of(const Crossing& crossing) const { return mappings_[crossing.edge - edges_]; }
+
+    SpanKernel* kernel_;
+    SpanTexture texture_;
+    bool perspective_;
+    double u_offset_, v_offset_;
+    int sub_lines_;
+    const Edge* edges_;
+    const EdgeMapping* mappings_;
+};
+
+}  // namespace zepbmp

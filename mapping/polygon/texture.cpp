@@ -1,0 +1,26 @@
+#include "mapping/polygon/texture.h"
+
+namespace zepbmp {
+namespace {
+
+constexpr uint32_t kHoldsFields = 2;     // of create_flags
+constexpr int32_t kQuarterLine = 16384;  // 16.16
+
+int32_t at_most_limit(int32_t size) { return size < kTextureLimit ? size : kTextureLimit; }
+
+}  // namespace
+
+Texture texture_of(const Bitmap& bitmap, uint32_t flags) {
+    const int32_t columns = at_most_limit(bitmap.width);
+    if (!(bitmap.create_flags & kHoldsFields))
+        return {bitmap.pixels, bitmap.pitch, columns, at_most_limit(bitmap.height), 1.0, 0};
+    const bool odd = flags & BMP_FIELD_ODD;
+    return {bitmap.pixels + (odd ? bitmap.pitch : 0),
+            ptrdiff_t{2} * bitmap.pitch,
+            columns,
+            at_most_limit(bitmap.height / 2),
+            0.5,
+            odd ? -kQuarterLine : kQuarterLine};
+}
+
+}  // namespace zepbmp

@@ -1,0 +1,60 @@
+/// \file
+/// Textured polygons, line by line.
+#include "mapping/polygon/arena.h"
+#include "mapping/polygon/edge_walk.h"
+#include "mapping/polygon/plane.h"
+#include "mapping/polygon/polygon.h"
+#include "mapping/polygon/spans.h"
+
+namespace zepbmp {
+namespace {
+
+bool has_texels(const Bitmap& texture, uint32_t flags) {
+    const Texture sampled = texture_of(texture, flags);
+    return sampled.columns >= 1 && sampled.rows >= 1;
+}
+
+void draw_lines(const Target& target, const Bitmap* depth, const Bitmap& texture, uint32_t tint,
+                const KernelChoice& kernels, const Polygon& polygon) {
+    const auto most = static_cast<uint64_t>(polygon.count);
+    Arena arena;
+    if (!arena.reserve(Arena::bytes<Edge>(most) + Arena::bytes<Edge*>(most) + Arena::bytes<EdgeMapping>(most)))
+        return;
+    Edge* const edges = arena.array<Edge>(most);
+    const int32_t count = build_edges(polygon.vertices, polygon.count, 1, target.picture.height, edges);
+    const SpanDrawer spans(texture, kernels, polygon, 1, edges, count, arena.array<EdgeMapping>(most));
+    const Plane plane(target.plane);
+    const SelectedLines selected(polygon.flags);
+
+    for (EdgeWalk walk(edges, count, arena.array<Edge*>(most)); !walk.done(); walk.leave()) {
+        walk.enter();
+        const int32_t line = walk.line();
+        if (!selected(line))
+            continue;
+        uint8_t* const destination = line_address(target.picture, line);
+        float* const depths = depth ? reinterpret_cast<float*>(line_address(*depth, line)) : nullptr;
+        for (int32_t i = 0; i + 1 < walk.count(); i += 2) {
+            const Crossing left = {&walk[i], walk[i].x}, right = {&walk[i + 1], walk[i + 1].x};
+            const PixelRange pixels = pixels_between(left.x, right.x, target.picture.width);
+            if (pixels.empty())
+                continue;
+            plane.mark(line, pixels);
+            spans.draw(destination, pixels, line, left, right, depths, tint);
+        }
+    }
+}
+
+}  // namespace
+
+void draw_textured(const Target& target, const Bitmap* depth, const Bitmap& texture, uint32_t tint,
+                   const Polygon& polygon) {
+    const KernelChoice kernels = choose_kernels(target.picture, texture, depth != nullptr, polygon);
+    if (kernels.group == kNoGroup || !has_texels(texture, polygon.flags) || !is_finite(polygon.vertices, polygon.count))
+        return;
+    if (kernels.antialiased)
+        draw_antialiased(target, texture, kernels, polygon);
+    else
+        draw_lines(target, depth, texture, tint, kernels, polygon);
+}
+
+}  // namespace zepbmp

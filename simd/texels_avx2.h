@@ -1,0 +1,90 @@
+/// \file
+/// 32-byte lanes for texture sampling: AVX2.
+///
+/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for AVX2;
+/// everything here is local to the including file.
+#pragma once
+
+#include <cstddef>
+
+#include "simd/lanes_avx2.h"
+
+namespace zepbmp {
+namespace {
+
+struct Texels256 : Lanes256 {
+    using Floats = Floats256;
+    static constexpr int kPixels = 8;
+
+    static V counting_from(int32_t first) {
+        return _mm256_add_epi32(_mm256_set1_epi32(first), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
+    }
+    static V shift_left_dwords_by(V v, int count) { return _mm256_sll_epi32(v, _mm_cvtsi32_si128(count)); }
+    static V positive_dwords(V v) { return _mm256_max_epi32(v, _mm256_setzero_si256()); }
+    static V multiply_dwords(V a, V b) { return _mm256_mullo_epi32(a, b); }
+    static V min_signed_words(V a, V b) { return _mm256_min_epi16(a, b); }
+    static V max_signed_words(V a, V b) { return _mm256_max_epi16(a, b); }
+    static V sub_to_zero_words(V a, V b) { return _mm256_subs_epu16(a, b); }
+    static V mul_high_unsigned(V a, V b) { return _mm256_mulhi_epu16(a, b); }
+    static V repeat(const int16_t* p) { return each(half(p)); }
+    template <int kDword>
+    static V broadcast(V v) {
+        return _mm256_shuffle_epi32(v, kDword * 0x55);
+    }
+
+    template <int kDword>
+    static V load_rows(const uint8_t* base, const int32_t* offset, ptrdiff_t pitch) {
+        const uint8_t *const p = base + offset[kDword], *const q = base + offset[4 + kDword];
+        return joined(two(p, p + pitch), two(q, q + pitch));
+    }
+    template <int kDword>
+    static V load_windows(const uint8_t* base, const int32_t* offset) {
+        return joined(half(base + offset[kDword]), half(base + offset[4 + kDword]));
+    }
+    template <int kDword>
+    static V load_half_windows(const uint8_t* base, const int32_t* offset) {
+        return joined(word(base + offset[kDword]), word(base + offset[4 + kDword]));
+    }
+    static V weigh_rows(V rows, V pairs) {
+        return weighted(
+            _mm256_shuffle_epi8(rows, each(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15))),
+            pairs);
+    }
+    static V weigh_low(V a, V b, V pairs) { return weighted(_mm256_unpacklo_epi8(a, b), pairs); }
+    static V weigh_high(V a, V b, V pairs) { return weighted(_mm256_unpackhi_epi8(a, b), pairs); }
+
+    static V arrange_rgbq(V v) {
+        return _mm256_shuffle_epi8(v, each(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15)));
+    }
+    static V arrange_yuy2(V v) {
+        return _mm256_shuffle_epi8(v, each(_mm_setr_epi8(0, 1, 4, 5, 2, 3, 10, 11, 8, 9, 12, 13, 6, 7, 14, 15)));
+    }
+    static V third_dword_first(V v) {
+        return _mm256_shuffle_epi8(v,
+                                   each(_mm_setr_epi8(8, 9, 10, 11, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1)));
+    }
+    static V pack(V a, V b, V c, V d) {
+        return _mm256_packus_epi16(_mm256_packs_epi32(a, b), _mm256_packs_epi32(c, d));
+    }
+    static void store_even_dwords(void* p, V v) {
+        const V even = _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 2, 4, 6, 0, 2, 4, 6));
+        _mm_storeu_si128(static_cast<__m128i*>(p), _mm256_castsi256_si128(even));
+    }
+    template <int kShift>
+    static V shift_right_qwords(V v) {
+        return _mm256_srli_epi64(v, kShift);
+    }
+
+private:
+    static V each(__m128i v) { return _mm256_broadcastsi128_si256(v); }
+    static __m128i half(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+    static __m128i word(const uint8_t* p) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)); }
+    static __m128i two(const uint8_t* p, const uint8_t* q) { return _mm_unpacklo_epi64(word(p), word(q)); }
+    static V joined(__m128i a, __m128i b) { return _mm256_inserti128_si256(_mm256_castsi128_si256(a), b, 1); }
+    static V weighted(V bytes, V pairs) {
+        return _mm256_maddubs_epi16(pairs, _mm256_xor_si256(bytes, _mm256_set1_epi8(-128)));
+    }
+};
+
+}  // namespace
+}  // namespace zepbmp

@@ -1,0 +1,101 @@
+/// \file
+/// 64-byte lanes for texture sampling: AVX-512 F, BW, VL and DQ.
+///
+/// What each operation means stands in simd/lanes.md. Include this only from files that are compiled for AVX-512;
+/// everything here is local to the including file.
+#pragma once
+
+#include <cstddef>
+
+#include "simd/lanes_avx512.h"
+
+namespace zepbmp {
+namespace {
+
+struct Texels512 : Lanes512 {
+    using Floats = Floats512;
+    static constexpr int kPixels = 16;
+
+    static V counting_from(int32_t first) {
+        return _mm512_add_epi32(_mm512_set1_epi32(first),
+                                _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15));
+    }
+    static V shift_left_dwords_by(V v, int count) { return _mm512_sll_epi32(v, _mm_cvtsi32_si128(count)); }
+    static V positive_dwords(V v) { return _mm512_max_epi32(v, _mm512_setzero_si512()); }
+    static V multiply_dwords(V a, V b) { return _mm512_mullo_epi32(a, b); }
+    static V min_signed_words(V a, V b) { return _mm512_min_epi16(a, b); }
+    static V max_signed_words(V a, V b) { return _mm512_max_epi16(a, b); }
+    static V sub_to_zero_words(V a, V b) { return _mm512_subs_epu16(a, b); }
+    static V mul_high_unsigned(V a, V b) { return _mm512_mulhi_epu16(a, b); }
+    static V repeat(const int16_t* p) { return each(quarter(p)); }
+    template <int kDword>
+    static V broadcast(V v) {
+        return _mm512_shuffle_epi32(v, static_cast<_MM_PERM_ENUM>(kDword * 0x55));
+    }
+
+    template <int kDword>
+    static V load_rows(const uint8_t* base, const int32_t* offset, ptrdiff_t pitch) {
+        return joined(two_rows(base + offset[kDword], base + offset[4 + kDword], pitch),
+                      two_rows(base + offset[8 + kDword], base + offset[12 + kDword], pitch));
+    }
+    template <int kDword>
+    static V load_windows(const uint8_t* base, const int32_t* offset) {
+        return joined(two_windows(base + offset[kDword], base + offset[4 + kDword]),
+                      two_windows(base + offset[8 + kDword], base + offset[12 + kDword]));
+    }
+    template <int kDword>
+    static V load_half_windows(const uint8_t* base, const int32_t* offset) {
+        return joined(two_words(base + offset[kDword], base + offset[4 + kDword]),
+                      two_words(base + offset[8 + kDword], base + offset[12 + kDword]));
+    }
+    static V weigh_rows(V rows, V pairs) {
+        return weighted(
+            _mm512_shuffle_epi8(rows, each(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15))),
+            pairs);
+    }
+    static V weigh_low(V a, V b, V pairs) { return weighted(_mm512_unpacklo_epi8(a, b), pairs); }
+    static V weigh_high(V a, V b, V pairs) { return weighted(_mm512_unpackhi_epi8(a, b), pairs); }
+
+    static V arrange_rgbq(V v) {
+        return _mm512_shuffle_epi8(v, each(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15)));
+    }
+    static V arrange_yuy2(V v) {
+        return _mm512_shuffle_epi8(v, each(_mm_setr_epi8(0, 1, 4, 5, 2, 3, 10, 11, 8, 9, 12, 13, 6, 7, 14, 15)));
+    }
+    static V third_dword_first(V v) { return _mm512_maskz_shuffle_epi32(0x1111, v, static_cast<_MM_PERM_ENUM>(0x02)); }
+    static V pack(V a, V b, V c, V d) {
+        return _mm512_packus_epi16(_mm512_packs_epi32(a, b), _mm512_packs_epi32(c, d));
+    }
+    static void store_even_dwords(void* p, V v) {
+        _mm256_storeu_si256(static_cast<__m256i*>(p), _mm512_cvtepi64_epi32(v));
+    }
+    template <int kShift>
+    static V shift_right_qwords(V v) {
+        return _mm512_srli_epi64(v, kShift);
+    }
+
+private:
+    static V each(__m128i v) { return _mm512_broadcast_i32x4(v); }
+    static __m128i quarter(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+    static __m128i word(const uint8_t* p) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)); }
+    /// Loads that blend spare the one port that shuffles.
+    static __m256i two_rows(const uint8_t* p, const uint8_t* q, ptrdiff_t pitch) {
+        __m256i v = _mm256_castsi128_si256(word(p));
+        v = _mm256_mask_broadcastq_epi64(v, 2, word(p + pitch));
+        v = _mm256_mask_broadcastq_epi64(v, 4, word(q));
+        return _mm256_mask_broadcastq_epi64(v, 8, word(q + pitch));
+    }
+    static __m256i two_words(const uint8_t* p, const uint8_t* q) {
+        return _mm256_mask_broadcastq_epi64(_mm256_castsi128_si256(word(p)), 4, word(q));
+    }
+    static __m256i two_windows(const uint8_t* p, const uint8_t* q) {
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(quarter(p)), quarter(q), 1);
+    }
+    static V joined(__m256i a, __m256i b) { return _mm512_inserti64x4(_mm512_castsi256_si512(a), b, 1); }
+    static V weighted(V bytes, V pairs) {
+        return _mm512_maddubs_epi16(pairs, _mm512_xor_si512(bytes, _mm512_set1_epi8(-128)));
+    }
+};
+
+}  // namespace
+}  // namespace zepbmp
