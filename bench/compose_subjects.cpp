@@ -64,12 +64,12 @@ Subject at_level(const char* name, Size size, int32_t format, int level, Target 
 
 std::vector<Subject> compose_subjects() {
     constexpr int kThird = 1365, kHalf = 2048;
-    constexpr Target kRgbqMemory = {.mpixels = 3200, .yardstick = 1.25, .peer = 1.4};
-    constexpr Target kRgbqCached = {.mpixels = 12000, .mpixels_avx2 = 6300, .peer = 1.5};
-    constexpr Target kRgbqLevelMemory = {.mpixels = 3900, .yardstick = 1.3, .peer = 1.25};
-    constexpr Target kYuy2Memory = {.mpixels = 5500, .yardstick = 1.25, .peer = 1.2};
+    constexpr Target kRgbqMemory = {.mpixels = 3200, .yardstick = 1.25, .peer = {1.4}};
+    constexpr Target kRgbqCached = {.mpixels = 12000, .mpixels_avx2 = 6300, .peer = {1.5}};
+    constexpr Target kRgbqLevelMemory = {.mpixels = 3900, .yardstick = 1.3, .peer = {1.25}};
+    constexpr Target kYuy2Memory = {.mpixels = 5500, .yardstick = 1.25, .peer = {1.2}};
     constexpr Target kYuy2Cached = {.mpixels = 24000, .mpixels_avx2 = 12500};
-    constexpr Target kYuy2CachedPeer = {.peer = 1.6};  // at 240 x 135 the chroma planes do not fill its vectors
+    constexpr Target kYuy2CachedPeer = {.peer = {1.6}};  // at 240 x 135 the chroma planes do not fill its vectors
     constexpr Target kYuy2BytesMemory = {.mpixels = 6300, .yardstick = 1.25};
     std::vector<Subject> subjects;
     for (const Size size : kSizes) {

@@ -21,6 +21,9 @@ struct FrameShape {
     auto operator<=>(const FrameShape&) const = default;
 };
 
+/// The format of depth buffers: floats.
+constexpr int32_t kDepths = BMP_FMT_QUAD3;
+
 /// One line of bytes, for memcpy and its like.
 FrameShape raw_bytes(double bytes);
 
@@ -29,18 +32,28 @@ struct DestroyBitmap {
 };
 using Frame = std::unique_ptr<Bitmap, DestroyBitmap>;
 
-/// The frames of one call; the first is written, the others are read.
+/// The frames of one call; the first ones are written, the others are read.
 using FrameSet = std::vector<Bitmap*>;
 
 size_t stored_bytes(const Bitmap& frame);   ///< of its lines, padding included
 Frame make_frame(const FrameShape& shape);  ///< uninitialised; throws std::bad_alloc
 Frame clone(const Bitmap& frame);
 
+/// Waves in every channel, another picture for each `role`, opaque: where two programs round apart, they differ by a
+/// step or two, where they sample or filter apart, by more. YUY2 chroma, which everybody filters in their own way,
+/// has no fine waves.
+void paint_waves(Bitmap& frame, size_t role);
+
+/// A YUY2 frame's bytes as its luma, then pairs of chroma, and back. Lines without padding only.
+void to_semi_planar(Bitmap& frame);
+void from_semi_planar(Bitmap& frame);
+
 /// Rings take their frames from here, so that those of one subject share them. A frame that is written never serves as
 /// a source: sources stay random.
 class FramePool {
 public:
-    /// Frame `index` for the place `role` of a call: random bytes; in PWRW weights 0..4096, in A8 masks 0..128.
+    /// Frame `index` for the place `role` of a call: random bytes; in PWRW weights 0..4096, in A8 masks 0..128, in
+    /// kDepths depths of 0 to 1.
     Bitmap* frame(size_t role, const FrameShape& shape, size_t index);
 
 private:

@@ -109,8 +109,8 @@ std::vector<Subject> line_subjects() {
         copy(kSmall),
         copy_field(kFullHd),
         blt(),
-        interporate(kFullHd, {.mpixels = 12000, .peer = 1.1}),
-        interporate(kUhd, {.mpixels = 13500, .peer = 1.1}),
+        interporate(kFullHd, {.mpixels = 12000, .peer = {1.1}}),
+        interporate(kUhd, {.mpixels = 13500, .peer = {1.1}}),
         interporate(kSmall, {}),
     };
 }

@@ -26,6 +26,7 @@ struct Options {
     Effort effort = {.repetitions = 9, .seconds = 0.1};
     bool stores = false;
     bool list = false;
+    bool verify = false;
 };
 
 void add_options(CLI::App& app, Options& options) {
@@ -35,6 +36,9 @@ void add_options(CLI::App& app, Options& options) {
     app.add_flag("--stores", options.stores,
                  "Instead of the operations: stores through the caches against stores past them, by footprint");
     app.add_flag("--list", options.list, "Print the names of the subjects and end");
+    app.add_flag("--verify", options.verify,
+                 "Check the bytes of every kernel set, and how near those peers come who draw the same picture; time "
+                 "nothing");
     app.add_option("--repetitions", options.effort.repetitions, "Of each row, shuffled among the rows of a subject")
         ->check(CLI::Range(1, 1000))
         ->capture_default_str();
@@ -57,6 +61,7 @@ std::vector<Subject> pick_subjects(const Options& options) {
         append(color_subjects());
         append(line_subjects());
         append(shape_subjects());
+        append(polygon_subjects());
     }
     const std::regex wanted(options.operation);
     std::erase_if(subjects, [&](const Subject& subject) { return !std::regex_search(subject.name, wanted); });
@@ -97,6 +102,11 @@ void run(const Options& options) {
             std::printf("%s\n", subject.name.c_str());
         return;
     }
+    if (options.verify) {
+        for (const Subject& subject : subjects)
+            print_likenesses(stdout, subject, verify(subject));
+        return;
+    }
     prepare_measurements();
     const std::unique_ptr<JsonFile> json(options.json_path.empty() ? nullptr : new JsonFile(options.json_path));
     std::vector<Measured> all;
@@ -119,7 +129,7 @@ void run(const Options& options) {
 
 int main(int argc, char** argv) {
     CLI::App app(
-        "Speed of the kernels of zepbmp, at every width that this machine has, beside memcpy and libyuv doing "
+        "Speed of the kernels of zepbmp, at every width that this machine has, beside memcpy and others doing "
         "the same job. Every kernel's bytes are compared with the tests' model before it is timed; where "
         "they differ, the program fails.",
         "zepbmp-bench");
@@ -129,7 +139,7 @@ int main(int argc, char** argv) {
     try {
         run(options);
     } catch (const WrongBytes& wrong) {
-        std::fprintf(stderr, "zepbmp-bench: wrong bytes, not timed: %s\n", wrong.what());
+        std::fprintf(stderr, "zepbmp-bench: wrong, not timed: %s\n", wrong.what());
         return EXIT_FAILURE;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "zepbmp-bench: %s\n", error.what());

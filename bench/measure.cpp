@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
+#include <cstdlib>
 #include <optional>
 
 #include "core/kernel_tables.h"
@@ -50,22 +50,26 @@ struct PrivateSet {
             frames.push_back(owned.back().get());
         }
     }
-    const Bitmap& target() const { return *frames.front(); }
 };
 
-void check_set(const Subject& subject, const KernelSet& set, const FrameSet& inputs, const Bitmap& want) {
-    const PrivateSet got(inputs);
-    set.select();
-    subject.call(got.frames);
+void compare(const std::string& what, const Bitmap& got, const Bitmap& want) {
     const size_t bytes = stored_bytes(want);
-    const uint8_t* const wrong = std::mismatch(want.pixels, want.pixels + bytes, got.target().pixels).first;
+    const uint8_t* const wrong = std::mismatch(want.pixels, want.pixels + bytes, got.pixels).first;
     const auto offset = static_cast<size_t>(wrong - want.pixels);
     if (offset == bytes)
         return;
     const auto pitch = static_cast<size_t>(want.pitch);
-    throw WrongBytes(subject.name + ", " + set.name + ": byte " + std::to_string(offset % pitch) + " of line " +
-                     std::to_string(offset / pitch) + " is " + std::to_string(got.target().pixels[offset]) + ", not " +
-                     std::to_string(*wrong));
+    throw WrongBytes(what + ": byte " + std::to_string(offset % pitch) + " of line " + std::to_string(offset / pitch) +
+                     " is " + std::to_string(got.pixels[offset]) + ", not " + std::to_string(*wrong));
+}
+
+void check_set(const Subject& subject, const KernelSet& set, const FrameSet& inputs, const FrameSet& want) {
+    const PrivateSet got(inputs);
+    set.select();
+    subject.call(got.frames);
+    for (size_t i = 0; i < subject.written; ++i)
+        compare(subject.name + ", " + set.name + (i > 0 ? ", frame " + std::to_string(i) : ""), *got.frames[i],
+                *want[i]);
 }
 
 void check(const Subject& subject, const std::vector<KernelSet>& sets, const FrameSet& inputs) {
@@ -77,8 +81,29 @@ void check(const Subject& subject, const std::vector<KernelSet>& sets, const Fra
             want_level = set.level;
             subject.model(want->frames, set.level);
         }
-        check_set(subject, set, inputs, want->target());
+        check_set(subject, set, inputs, want->frames);
     }
+}
+
+/// How far `theirs` is from `ours`, of which a call writes `pixels`.
+Likeness likeness(const std::string& peer, const Bitmap& theirs, const Bitmap& ours, double pixels) {
+    constexpr int kWeightToByte = 4;  // 12 bits to 8
+    double sum = 0, beyond = 0;
+    const auto add = [&](int a, int b) {
+        const int difference = std::abs(a - b);
+        sum += difference;
+        beyond += difference > kBeyond;
+    };
+    const bool weights = ours.format == BMP_FMT_PWRW;
+    for (size_t i = 0; i < stored_bytes(ours); i += weights ? 2 : 1) {
+        const uint8_t *const a = theirs.pixels + i, *const b = ours.pixels + i;
+        if (weights)
+            add((a[0] | a[1] << 8) >> kWeightToByte, (b[0] | b[1] << 8) >> kWeightToByte);
+        else
+            add(*a, *b);
+    }
+    const double samples = pixels * (weights ? 1 : ours.bytes_per_pixel);
+    return {peer, sum / samples, beyond / samples};
 }
 
 /// Sorts the repetitions' times by row.
@@ -117,6 +142,39 @@ void time_calls(benchmark::State& state, const Subject& subject, const Call& cal
 }
 
 }  // namespace
+
+std::vector<Likeness> verify(const Subject& subject) {
+    constexpr double kMostDifference = 1, kMostBeyond = 0.01;
+    const std::vector<KernelSet> sets = kernel_sets(subject);
+    FramePool pool;
+    const Ring ring(pool, subject.frames, 1);
+    check(subject, sets, ring.first());
+
+    const PrivateSet waves(ring.first());
+    for (size_t role = 0; role < waves.frames.size(); ++role)
+        paint_waves(*waves.frames[role], role);
+    const PrivateSet ours(waves.frames);
+    subject.call(ours.frames);
+    std::vector<Likeness> all;
+    for (const Peer& peer : subject.peers) {
+        if (peer.picture == Picture::kOther)
+            continue;
+        const PrivateSet theirs(waves.frames);
+        const bool planar = peer.picture == Picture::kSemiPlanar;
+        if (planar)
+            std::for_each(theirs.frames.begin(), theirs.frames.end(), [](Bitmap* frame) { to_semi_planar(*frame); });
+        peer.call(theirs.frames);
+        if (planar)
+            from_semi_planar(*theirs.frames.front());
+        all.push_back(likeness(peer.name, *theirs.frames.front(), *ours.frames.front(), subject.pixels));
+        if (!(all.back().mean_difference <= kMostDifference) || !(all.back().share_beyond <= kMostBeyond))
+            throw WrongBytes(subject.name + ": " + peer.name + " draws another picture: mean difference " +
+                             std::to_string(all.back().mean_difference) + ", " +
+                             std::to_string(100 * all.back().share_beyond) + " % of the bytes differ by more than " +
+                             std::to_string(kBeyond));
+    }
+    return all;
+}
 
 void prepare_measurements() {
     static char program[] = "zepbmp-bench";  // Google Benchmark keeps the pointer

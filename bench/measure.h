@@ -22,7 +22,7 @@ struct Row {
     std::vector<double> seconds = {};
 };
 
-/// A kernel set writes other bytes than it should. Nothing of the subject was timed.
+/// A kernel set writes other bytes than it should, or a peer draws another picture. Nothing of the subject was timed.
 struct WrongBytes : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -38,5 +38,17 @@ void prepare_measurements();
 /// Runs every kernel set of this machine, the yardstick and the peers, their repetitions shuffled among each other.
 /// `copy` gets what Google Benchmark reports, or is null.
 std::vector<Row> measure(const Subject& subject, Effort effort, benchmark::BenchmarkReporter* copy);
+
+/// A peer's picture beside the subject's.
+struct Likeness {
+    std::string peer;
+    double mean_difference;  ///< of a written byte, or of a 16-bit weight's upper eight bits of 12
+    double share_beyond;     ///< of the written bytes, those that differ by more than kBeyond
+};
+constexpr int kBeyond = 8;
+
+/// Checks the bytes of every kernel set, and the pictures of those peers who make the same from the same frames. Times
+/// nothing.
+std::vector<Likeness> verify(const Subject& subject);
 
 }  // namespace zepbmp::bench

@@ -61,11 +61,14 @@ Peer libyuv_blend_yuy2(Size size) {
 
 Peer libyuv_interpolate_rgbq(Size size, int level) {
     const FrameShape frame = {BMP_FMT_RGBQ, size.width, size.height};
-    return {"libyuv", {frame, frame, frame}, [level](const FrameSet& f) {
+    return {"libyuv",
+            {frame, frame, frame},
+            [level](const FrameSet& f) {
                 const int pitch = f[0]->pitch;
                 libyuv::ARGBInterpolate(f[1]->pixels, pitch, f[2]->pixels, pitch, f[0]->pixels, pitch, f[0]->width,
                                         f[0]->height, interpolation(level));
-            }};
+            },
+            Picture::kSame};
 }
 
 Peer libyuv_interpolate_yuy2(Size size, int level) {
@@ -80,31 +83,40 @@ Peer libyuv_interpolate_yuy2(Size size, int level) {
 }
 
 Peer libyuv_field_to_frame(FrameShape frame) {
-    return {"libyuv", {frame, frame}, [](const FrameSet& f) {
-                const int pitch = f[0]->pitch, step = 2 * pitch, fields = f[0]->height / 2;
+    return {"libyuv",
+            {frame, frame},
+            [](const FrameSet& f) {
+                const int pitch = f[0]->pitch, step = 2 * pitch, height = f[0]->height, fields = (height + 1) / 2;
                 const uint8_t* const src = f[1]->pixels;
                 uint8_t* const dst = f[0]->pixels;
                 libyuv::CopyPlane(src, step, dst, step, pitch, fields);
                 libyuv::InterpolatePlane(src, step, src + step, step, dst + pitch, step, pitch, fields - 1, 128);
                 const ptrdiff_t last = static_cast<ptrdiff_t>(step) * (fields - 1);
-                libyuv::CopyPlane(src + last, pitch, dst + last + pitch, pitch, pitch, 1);
-            }};
+                libyuv::CopyPlane(src + last, pitch, dst + last + pitch, pitch, pitch, height % 2 == 0);
+            },
+            Picture::kSame};
 }
 
 Peer libyuv_copy_field(FrameShape frame) {
-    return {"libyuv", {frame, frame}, [](const FrameSet& f) {
+    return {"libyuv",
+            {frame, frame},
+            [](const FrameSet& f) {
                 const int step = 2 * f[0]->pitch;
-                libyuv::CopyPlane(f[1]->pixels, step, f[0]->pixels, step, f[0]->pitch, f[0]->height / 2);
-            }};
+                libyuv::CopyPlane(f[1]->pixels, step, f[0]->pixels, step, f[0]->pitch, (f[0]->height + 1) / 2);
+            },
+            Picture::kSame};
 }
 
 Peer libyuv_copy_rectangle(FrameShape frame, CopyRectangle r) {
-    return {"libyuv", {frame, frame}, [r](const FrameSet& f) {
+    return {"libyuv",
+            {frame, frame},
+            [r](const FrameSet& f) {
                 const int pitch = f[0]->pitch;
                 libyuv::CopyPlane(f[1]->pixels + static_cast<ptrdiff_t>(r.src_y) * pitch + r.src_x_bytes, pitch,
                                   f[0]->pixels + static_cast<ptrdiff_t>(r.dest_y) * pitch + r.dest_x_bytes, pitch,
                                   r.width_bytes, r.height);
-            }};
+            },
+            Picture::kSame};
 }
 
 }  // namespace zepbmp::bench

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <string>
 
 namespace zepbmp::bench {
@@ -26,6 +27,7 @@ double spread_percent(const Row& row) {
 }
 
 double mpixels(const Subject& subject, const Row& row) { return subject.pixels / median_seconds(row) * 1e-6; }
+double mpolygons(const Subject& subject, const Row& row) { return subject.polygons / median_seconds(row) * 1e-6; }
 double gigabytes(const Subject& subject, const Row& row) { return subject.bytes / median_seconds(row) * 1e-9; }
 
 /// How many times as fast as `other`.
@@ -38,6 +40,15 @@ const Row* find(const Measured& measured, const std::function<bool(const Row&)>&
 
 const Row* of_kind(const Measured& measured, RowKind kind) {
     return find(measured, [=](const Row& row) { return row.kind == kind; });
+}
+
+std::vector<const Row*> peers(const Measured& measured) {
+    std::vector<const Row*> rows;
+    for (const Row& row : measured.rows) {
+        if (row.kind == RowKind::kPeer)
+            rows.push_back(&row);
+    }
+    return rows;
 }
 
 const Row* named(const Measured& measured, const char* name) {
@@ -68,12 +79,16 @@ void print_rows(std::FILE* out, const Measured& measured) {
     std::fprintf(out, "%s, %s: %.1f MB a call, %.3g bytes a pixel\n", subject.name.c_str(),
                  subject.cached ? "cached" : "from memory", subject.bytes * 1e-6, subject.bytes / subject.pixels);
     std::fprintf(out, "  %-10s%10s%9s%9s", "", "Mpixel/s", "GB/s", "spread");
+    if (subject.polygons > 0)
+        std::fprintf(out, "%11s", "Mpolygon/s");
     for (const Row* other : others)
         std::fprintf(out, "  /%-8s", other->name.c_str());
     std::fputc('\n', out);
     for (const Row& row : measured.rows) {
         std::fprintf(out, "  %-10s%10.0f%9.1f%7.1f %%", row.name.c_str(), mpixels(subject, row),
                      gigabytes(subject, row), spread_percent(row));
+        if (subject.polygons > 0)
+            std::fprintf(out, "%11.3f", mpolygons(subject, row));
         for (const Row* other : others)
             std::fprintf(out, "  %9.2f", times(row, *other));
         std::fputc('\n', out);
@@ -82,26 +97,36 @@ void print_rows(std::FILE* out, const Measured& measured) {
     std::fflush(out);
 }
 
+void print_likenesses(std::FILE* out, const Subject& subject, const std::vector<Likeness>& likenesses) {
+    std::fprintf(out, "%s: every kernel set writes the model's bytes", subject.name.c_str());
+    for (const Likeness& likeness : likenesses)
+        std::fprintf(out, "; %s differs by %.3f on average, %.3f %% of it by more than %d", likeness.peer.c_str(),
+                     likeness.mean_difference, 100 * likeness.share_beyond, kBeyond);
+    std::fputc('\n', out);
+    std::fflush(out);
+}
+
 void print_summary(std::FILE* out, const std::vector<Measured>& all) {
     std::fputs(
         "| Mpixel/s | bytes a pixel | plain | SSE2 | AVX2 | AVX-512 | GB/s | / plain | memcpy, memset GB/s | / that | "
-        "libyuv | / that |\n|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|\n",
+        "peers (/ each) |\n|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|---|\n",
         out);
     for (const Measured& measured : all) {
         const Subject& subject = *measured.subject;
         const Row& best = widest(measured);
         const Row &plain = *named(measured, "plain"), &yardstick = *of_kind(measured, RowKind::kYardstick);
-        const Row* const peer = of_kind(measured, RowKind::kPeer);
+        std::string others;
+        for (const Row* peer : peers(measured))
+            others += (others.empty() ? "" : ", ") + peer->name + number(" %.0f", mpixels(subject, *peer)) +
+                      number(" (%.2f)", times(best, *peer));
         std::fprintf(out, "| %s%s | %.3g |", subject.name.c_str(), subject.cached ? ", cached" : "",
                      subject.bytes / subject.pixels);
         for (const char* set : {"plain", "SSE2", "AVX2", "AVX-512"}) {
             const Row* const row = named(measured, set);
             std::fprintf(out, " %s |", row ? number("%.0f", mpixels(subject, *row)).c_str() : "");
         }
-        std::fprintf(out, " %.1f | %.1f | %.1f | %.2f | %s | %s |\n", gigabytes(subject, best), times(best, plain),
-                     gigabytes(subject, yardstick), times(best, yardstick),
-                     peer ? number("%.0f", mpixels(subject, *peer)).c_str() : "",
-                     peer ? number("%.2f", times(best, *peer)).c_str() : "");
+        std::fprintf(out, " %.1f | %.1f | %.1f | %.2f | %s |\n", gigabytes(subject, best), times(best, plain),
+                     gigabytes(subject, yardstick), times(best, yardstick), others.c_str());
     }
 }
 
@@ -120,19 +145,22 @@ void print_targets(std::FILE* out, const std::vector<Measured>& all) {
         const Row* const avx2 = named(measured, "AVX2");
         if (target.yardstick > 0)
             line(subject, "times " + yardstick.name, target.yardstick, times(best, yardstick));
-        if (target.peer > 0) {
-            const Row& peer = *of_kind(measured, RowKind::kPeer);
-            line(subject, "times " + peer.name, target.peer, times(best, peer));
+        const std::vector<const Row*> others = peers(measured);
+        for (size_t i = 0; i < std::size(target.peer); ++i) {
+            if (target.peer[i] > 0)
+                line(subject, "times " + others.at(i)->name, target.peer[i], times(best, *others.at(i)));
         }
         const double reference = subject.yardstick.reference_gigabytes;
-        const double scale = subject.cached ? 1 : reference / gigabytes(subject, yardstick);
+        const bool scaled = target.scaled && !subject.cached;
+        const double scale = scaled ? reference / gigabytes(subject, yardstick) : 1;
         const std::string unit =
-            " Mpixel/s" +
-            (subject.cached ? "" : " where " + yardstick.name + " moves " + number("%.0f GB/s", reference));
+            " Mpixel/s" + (scaled ? " where " + yardstick.name + " moves " + number("%.0f GB/s", reference) : "");
         if (target.mpixels > 0)
             line(subject, best.name + unit, target.mpixels, scale * mpixels(subject, best));
         if (target.mpixels_avx2 > 0 && avx2)
             line(subject, "AVX2" + unit, target.mpixels_avx2, scale * mpixels(subject, *avx2));
+        if (target.mpolygons > 0)
+            line(subject, best.name + " Mpolygon/s", target.mpolygons, mpolygons(subject, best));
     }
 }
 

@@ -18,6 +18,9 @@ struct Measured {
 /// Every row of a subject: medians, their spread, ratios to level 0, to the yardstick and to the peers.
 void print_rows(std::FILE* out, const Measured& measured);
 
+/// What a check found.
+void print_likenesses(std::FILE* out, const Subject& subject, const std::vector<Likeness>& likenesses);
+
 /// One line a subject, as a Markdown table: the kernel sets' rates and the best one's ratios.
 void print_summary(std::FILE* out, const std::vector<Measured>& all);
 

@@ -14,11 +14,19 @@ namespace zepbmp::bench {
 
 using Call = std::function<void(const FrameSet&)>;
 
+/// What a peer makes of its frames.
+enum class Picture {
+    kOther,       ///< something of its own
+    kSame,        ///< from the subject's frames what the subject makes of them, within its own rounding
+    kSemiPlanar,  ///< the same, but YUY2 stands as luma, then pairs of chroma
+};
+
 /// Somebody else who does the job.
 struct Peer {
     std::string name;
     std::vector<FrameShape> frames;  ///< may differ from the subject's
     Call call;
+    Picture picture = Picture::kOther;
 };
 
 /// memcpy or memset of a subject's number of bytes.
@@ -30,8 +38,10 @@ struct Yardstick : Peer {
 struct Target {
     double mpixels = 0;       ///< with the widest registers; from memory: on the machine of reference_gigabytes
     double mpixels_avx2 = 0;  ///< the same with 32-byte registers
+    double mpolygons = 0;     ///< with the widest registers
     double yardstick = 0;     ///< times the yardstick's byte rate
-    double peer = 0;          ///< times the first peer's speed
+    double peer[2] = {};      ///< times the speed of the first peer and of the second
+    bool scaled = true;       ///< rates from memory are taken to the machine of reference_gigabytes
 };
 
 struct Subject {
@@ -40,6 +50,8 @@ struct Subject {
     double bytes;      ///< read and written by a call
     bool cached;       ///< every call gets the same frames
     std::vector<FrameShape> frames;
+    size_t written = 1;   ///< how many of them, the first ones, `call` writes
+    double polygons = 0;  ///< of a call, where they count
     Call call;
     /// The meaning of `call` at a processor level, one byte at a time; what each kernel set has to reproduce.
     std::function<void(const FrameSet&, int level)> model;
@@ -54,6 +66,7 @@ std::vector<Subject> compose_subjects();
 std::vector<Subject> color_subjects();
 std::vector<Subject> line_subjects();
 std::vector<Subject> shape_subjects();
+std::vector<Subject> polygon_subjects();
 
 /// Each kind of store over footprints from the second-level cache's size to many times it.
 std::vector<Subject> store_subjects();

@@ -97,7 +97,8 @@ struct Span {
     float u_off, v_off;
     float* depth;        ///< of the depth groups: one value a pixel, pixel 0 first
     uint32_t color;      ///< of the tint groups
-    ptrdiff_t prefetch;  ///< bytes from a sample to one that is needed some lines later; a hint
+    /// Hints, bytes: from a sample to one that some later line needs, from a pixel to one of a later line.
+    ptrdiff_t later_texels, later_pixels;
 };
 
 /// Writes pixels first to last of the line, nothing else; touches nothing where first > last. The destination has the

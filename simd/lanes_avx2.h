@@ -35,6 +35,20 @@ struct Lanes256 {
     }
     static void store_dwords(void* p, V v, int n) { _mm256_maskstore_epi32(static_cast<int*>(p), first_dwords(n), v); }
 
+    static __m128i first_words(const uint16_t* p, int n) {  // 0 < n < 8
+        if (n >= 4) {
+            const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+            const __m128i last = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + n - 4));
+            return _mm_unpacklo_epi64(low, _mm_srl_epi64(last, _mm_cvtsi32_si128(16 * (8 - n))));
+        }
+        if (n == 1)
+            return _mm_cvtsi32_si128(*p);
+        int32_t two;
+        __builtin_memcpy(&two, p, sizeof two);
+        const __m128i low = _mm_cvtsi32_si128(two);
+        return n == 3 ? _mm_insert_epi16(low, p[2], 2) : low;
+    }
+
     static V words(int value) { return _mm256_set1_epi16(static_cast<short>(value)); }
     static V dwords(uint32_t value) { return _mm256_set1_epi32(static_cast<int>(value)); }
 
@@ -99,6 +113,10 @@ struct Lanes256 {
                                          8, 9, 8, 9, 10, 11, 10, 11, 12, 13, 12, 13, 14, 15, 14, 15);
         return _mm256_shuffle_epi8(both, order);
     }
+    static V words_twice(const uint16_t* p, int n) {
+        const V w = _mm256_cvtepu16_epi32(first_words(p, n));
+        return _mm256_or_si256(w, _mm256_slli_epi32(w, 16));
+    }
     static V bytes_twice(const void* p) {
         const V both = _mm256_broadcastsi128_si256(_mm_loadl_epi64(static_cast<const __m128i*>(p)));
         const V order = _mm256_setr_epi8(0, -1, 0, -1, 1, -1, 1, -1, 2, -1, 2, -1, 3, -1, 3, -1,  //
@@ -108,6 +126,13 @@ struct Lanes256 {
     static V bytes_as_words(const void* p) {
         return _mm256_cvtepu8_epi16(_mm_loadu_si128(static_cast<const __m128i*>(p)));
     }
+    static void store_as_bytes(void* p, V w) {
+        const V packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(w, w), 0x08);
+        _mm_storeu_si128(static_cast<__m128i*>(p), _mm256_castsi256_si128(packed));
+    }
+    static V interleave_low_words(V a, V b) { return _mm256_unpacklo_epi16(a, b); }
+    static V interleave_high_words(V a, V b) { return _mm256_unpackhi_epi16(a, b); }
+    static V pack_dwords(V low, V high) { return _mm256_packs_epi32(low, high); }
     static V even_words_twice(V w) {
         return _mm256_shuffle_epi8(
             w, _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13)));
@@ -167,6 +192,21 @@ struct Floats256 {
     static I greater(F a, F b) { return _mm256_castps_si256(_mm256_cmp_ps(a, b, _CMP_GT_OQ)); }
     static F select(I mask, F a, F b) { return _mm256_blendv_ps(b, a, _mm256_castsi256_ps(mask)); }
     static void finish() { _mm256_zeroupper(); }
+};
+
+/// Four double-precision lanes.
+struct Doubles256 {
+    using D = __m256d;
+    static constexpr int kLanes = 4;
+
+    static D all(double x) { return _mm256_set1_pd(x); }
+    static D counting() { return _mm256_setr_pd(0, 1, 2, 3); }
+    static D add(D a, D b) { return _mm256_add_pd(a, b); }
+    static D mul(D a, D b) { return _mm256_mul_pd(a, b); }
+    static void store_truncated_words(uint16_t* p, D a) {
+        const __m128i integers = _mm256_cvttpd_epi32(a);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi32(integers, integers));
+    }
 };
 
 }  // namespace

@@ -97,6 +97,10 @@ struct Lanes512 {
         const __m256i w = _mm256_loadu_si256(static_cast<const __m256i*>(p));
         return _mm512_permutexvar_epi16(load(kTwice), _mm512_castsi256_si512(w));
     }
+    static V words_twice(const uint16_t* p, int n) {
+        const V w = _mm512_cvtepu16_epi32(_mm256_maskz_loadu_epi16(first_dwords(n), p));
+        return _mm512_or_si512(w, _mm512_slli_epi32(w, 16));
+    }
     static V bytes_twice(const void* p) {
         const V w = _mm512_cvtepu8_epi32(_mm_loadu_si128(static_cast<const __m128i*>(p)));
         return even_words_twice(w);
@@ -104,6 +108,12 @@ struct Lanes512 {
     static V bytes_as_words(const void* p) {
         return _mm512_cvtepu8_epi16(_mm256_loadu_si256(static_cast<const __m256i*>(p)));
     }
+    static void store_as_bytes(void* p, V w) {
+        _mm256_storeu_si256(static_cast<__m256i*>(p), _mm512_cvtepi16_epi8(w));
+    }
+    static V interleave_low_words(V a, V b) { return _mm512_unpacklo_epi16(a, b); }
+    static V interleave_high_words(V a, V b) { return _mm512_unpackhi_epi16(a, b); }
+    static V pack_dwords(V low, V high) { return _mm512_packs_epi32(low, high); }
     static V even_words_twice(V w) {
         return _mm512_shuffle_epi8(
             w, _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13)));
@@ -157,6 +167,20 @@ struct Floats512 {
     static I greater(F a, F b) { return _mm512_movm_epi32(_mm512_cmp_ps_mask(a, b, _CMP_GT_OQ)); }
     static F select(I mask, F a, F b) { return _mm512_mask_blend_ps(_mm512_movepi32_mask(mask), b, a); }
     static void finish() { _mm256_zeroupper(); }
+};
+
+/// Eight double-precision lanes.
+struct Doubles512 {
+    using D = __m512d;
+    static constexpr int kLanes = 8;
+
+    static D all(double x) { return _mm512_set1_pd(x); }
+    static D counting() { return _mm512_setr_pd(0, 1, 2, 3, 4, 5, 6, 7); }
+    static D add(D a, D b) { return _mm512_add_pd(a, b); }
+    static D mul(D a, D b) { return _mm512_mul_pd(a, b); }
+    static void store_truncated_words(uint16_t* p, D a) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_cvtepi32_epi16(_mm512_cvttpd_epi32(a)));
+    }
 };
 
 }  // namespace

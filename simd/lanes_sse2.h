@@ -111,11 +111,21 @@ struct Lanes128 {
         const V w = load_half(p);
         return _mm_unpacklo_epi16(w, w);
     }
+    static V words_twice(const uint16_t* p, int n) {
+        V w = n == 1 ? _mm_cvtsi32_si128(*p) : load_dword(p);
+        if (n == 3)
+            w = _mm_insert_epi16(w, p[2], 2);
+        return _mm_unpacklo_epi16(w, w);
+    }
     static V bytes_twice(const void* p) {
         const V w = _mm_unpacklo_epi8(load_dword(p), _mm_setzero_si128());
         return _mm_unpacklo_epi16(w, w);
     }
     static V bytes_as_words(const void* p) { return _mm_unpacklo_epi8(load_half(p), _mm_setzero_si128()); }
+    static void store_as_bytes(void* p, V w) { _mm_storel_epi64(static_cast<V*>(p), _mm_packus_epi16(w, w)); }
+    static V interleave_low_words(V a, V b) { return _mm_unpacklo_epi16(a, b); }
+    static V interleave_high_words(V a, V b) { return _mm_unpackhi_epi16(a, b); }
+    static V pack_dwords(V low, V high) { return _mm_packs_epi32(low, high); }
     static V even_words_twice(V w) { return _mm_shufflehi_epi16(_mm_shufflelo_epi16(w, 0xa0), 0xa0); }
     static V pair_sums(V w) { return _mm_add_epi16(w, _mm_shufflehi_epi16(_mm_shufflelo_epi16(w, 0xb1), 0xb1)); }
 
@@ -169,6 +179,21 @@ struct Floats128 {
         return _mm_or_ps(_mm_and_ps(m, a), _mm_andnot_ps(m, b));
     }
     static void finish() {}
+};
+
+/// Two double-precision lanes.
+struct Doubles128 {
+    using D = __m128d;
+    static constexpr int kLanes = 2;
+
+    static D all(double x) { return _mm_set1_pd(x); }
+    static D counting() { return _mm_setr_pd(0, 1); }
+    static D add(D a, D b) { return _mm_add_pd(a, b); }
+    static D mul(D a, D b) { return _mm_mul_pd(a, b); }
+    static void store_truncated_words(uint16_t* p, D a) {
+        const __m128i integers = _mm_cvttpd_epi32(a);
+        Lanes128::store_dword(p, _mm_packs_epi32(integers, integers));
+    }
 };
 
 }  // namespace

@@ -20,6 +20,9 @@ struct Texels256 : Lanes256 {
         return _mm256_add_epi32(_mm256_set1_epi32(first), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
     }
     static V shift_left_dwords_by(V v, int count) { return _mm256_sll_epi32(v, _mm_cvtsi32_si128(count)); }
+    static V select_bits(V mask, V a, V b) {
+        return _mm256_or_si256(_mm256_and_si256(mask, a), _mm256_andnot_si256(mask, b));
+    }
     static V positive_dwords(V v) { return _mm256_max_epi32(v, _mm256_setzero_si256()); }
     static V multiply_dwords(V a, V b) { return _mm256_mullo_epi32(a, b); }
     static V min_signed_words(V a, V b) { return _mm256_min_epi16(a, b); }
@@ -28,8 +31,17 @@ struct Texels256 : Lanes256 {
     static V mul_high_unsigned(V a, V b) { return _mm256_mulhi_epu16(a, b); }
     static V repeat(const int16_t* p) { return each(half(p)); }
     template <int kDword>
-    static V broadcast(V v) {
-        return _mm256_shuffle_epi32(v, kDword * 0x55);
+    static V spread_low(V v) {
+        return _mm256_shuffle_epi8(v, words_at(4 * kDword));
+    }
+    template <int kDword>
+    static V spread_high(V v) {
+        return _mm256_shuffle_epi8(v, words_at(4 * kDword + 2));
+    }
+    template <int kDword>
+    static V spread_low_bytes(V v) {
+        constexpr uint32_t kZeroes = 0x80008000, kByte = 4 * kDword;
+        return _mm256_shuffle_epi8(v, dwords(kZeroes | (kByte + 1) << 16 | kByte));
     }
 
     template <int kDword>
@@ -76,6 +88,7 @@ struct Texels256 : Lanes256 {
     }
 
 private:
+    static V words_at(int byte) { return _mm256_set1_epi16(static_cast<short>((byte + 1) << 8 | byte)); }
     static V each(__m128i v) { return _mm256_broadcastsi128_si256(v); }
     static __m128i half(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
     static __m128i word(const uint8_t* p) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)); }

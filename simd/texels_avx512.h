@@ -21,6 +21,7 @@ struct Texels512 : Lanes512 {
                                 _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15));
     }
     static V shift_left_dwords_by(V v, int count) { return _mm512_sll_epi32(v, _mm_cvtsi32_si128(count)); }
+    static V select_bits(V mask, V a, V b) { return _mm512_ternarylogic_epi32(mask, a, b, 0xca); }
     static V positive_dwords(V v) { return _mm512_max_epi32(v, _mm512_setzero_si512()); }
     static V multiply_dwords(V a, V b) { return _mm512_mullo_epi32(a, b); }
     static V min_signed_words(V a, V b) { return _mm512_min_epi16(a, b); }
@@ -29,8 +30,17 @@ struct Texels512 : Lanes512 {
     static V mul_high_unsigned(V a, V b) { return _mm512_mulhi_epu16(a, b); }
     static V repeat(const int16_t* p) { return each(quarter(p)); }
     template <int kDword>
-    static V broadcast(V v) {
-        return _mm512_shuffle_epi32(v, static_cast<_MM_PERM_ENUM>(kDword * 0x55));
+    static V spread_low(V v) {
+        return _mm512_shuffle_epi8(v, words_at(4 * kDword));
+    }
+    template <int kDword>
+    static V spread_high(V v) {
+        return _mm512_shuffle_epi8(v, words_at(4 * kDword + 2));
+    }
+    template <int kDword>
+    static V spread_low_bytes(V v) {
+        constexpr uint32_t kZeroes = 0x80008000, kByte = 4 * kDword;
+        return _mm512_shuffle_epi8(v, dwords(kZeroes | (kByte + 1) << 16 | kByte));
     }
 
     template <int kDword>
@@ -75,6 +85,7 @@ struct Texels512 : Lanes512 {
     }
 
 private:
+    static V words_at(int byte) { return _mm512_set1_epi16(static_cast<short>((byte + 1) << 8 | byte)); }
     static V each(__m128i v) { return _mm512_broadcast_i32x4(v); }
     static __m128i quarter(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
     static __m128i word(const uint8_t* p) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)); }

@@ -18,6 +18,7 @@ struct Texels128 : Lanes128 {
 
     static V counting_from(int32_t first) { return _mm_add_epi32(_mm_set1_epi32(first), _mm_setr_epi32(0, 1, 2, 3)); }
     static V shift_left_dwords_by(V v, int count) { return _mm_sll_epi32(v, _mm_cvtsi32_si128(count)); }
+    static V select_bits(V mask, V a, V b) { return _mm_or_si128(_mm_and_si128(mask, a), _mm_andnot_si128(mask, b)); }
     static V positive_dwords(V v) { return _mm_andnot_si128(_mm_srai_epi32(v, 31), v); }
     static V multiply_dwords(V a, V b) {
         const V even = _mm_mul_epu32(a, b), odd = _mm_mul_epu32(_mm_srli_epi64(a, 32), _mm_srli_epi64(b, 32));
@@ -29,8 +30,18 @@ struct Texels128 : Lanes128 {
     static V mul_high_unsigned(V a, V b) { return _mm_mulhi_epu16(a, b); }
     static V repeat(const int16_t* p) { return load(p); }
     template <int kDword>
-    static V broadcast(V v) {
-        return _mm_shuffle_epi32(v, kDword * 0x55);
+    static V spread_low(V v) {
+        return spread_word<2 * kDword>(v);
+    }
+    template <int kDword>
+    static V spread_high(V v) {
+        return spread_word<2 * kDword + 1>(v);
+    }
+    template <int kDword>
+    static V spread_low_bytes(V v) {
+        const V bytes =
+            kDword < 2 ? _mm_unpacklo_epi8(v, _mm_setzero_si128()) : _mm_unpackhi_epi8(v, _mm_setzero_si128());
+        return _mm_shuffle_epi32(bytes, kDword % 2 * 0xaa);
     }
 
     template <int kDword>
@@ -65,6 +76,13 @@ struct Texels128 : Lanes128 {
     }
 
 private:
+    template <int kWord>
+    static V spread_word(V v) {
+        if constexpr (kWord < 4)
+            return _mm_shuffle_epi32(_mm_shufflelo_epi16(v, kWord * 0x55), 0);
+        else
+            return _mm_shuffle_epi32(_mm_shufflehi_epi16(v, (kWord - 4) * 0x55), 0xaa);
+    }
     static V from_grey(V words) { return _mm_sub_epi16(words, _mm_set1_epi16(128)); }
     static V low(V v) { return from_grey(_mm_unpacklo_epi8(v, _mm_setzero_si128())); }
     static V high(V v) { return from_grey(_mm_unpackhi_epi8(v, _mm_setzero_si128())); }

@@ -53,7 +53,7 @@ void draw_antialiased(const Target& target, const Bitmap& texture, const KernelC
     if (!arena.reserve(AntialiasedWalk::bytes(target, polygon) + scratch_bytes + Arena::bytes<EdgeMapping>(most)))
         return;
     AntialiasedWalk walk(arena, target, polygon);
-    const SpanDrawer spans(texture, kernels, polygon, kSubLines, walk.edges(), walk.edge_count(),
+    const SpanDrawer spans(texture, kernels, polygon, kSubLines, 0, walk.edges(), walk.edge_count(),
                            arena.array<EdgeMapping>(most));
     uint8_t* const scratch = arena.array<uint8_t>(scratch_bytes);
     const Finisher finisher = finisher_of(texture);

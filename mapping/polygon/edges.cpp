@@ -37,13 +37,14 @@ double height_of(const Ends& ends) { return double(int64_t{ends.to.y} - ends.fro
 
 /// False: it crosses none of the lines.
 bool make_edge(const Ends& ends, int32_t order, int32_t line_limit, Edge& edge) {
-    const int32_t first = line_from(ends.from.y), end = line_from(ends.to.y);
-    if (first == end || first >= line_limit || end <= 0)
+    const int32_t first = line_from(ends.from.y), last = line_from(ends.to.y);
+    const int32_t end = last < line_limit ? last : line_limit;
+    if (first >= end || end <= 0)
         return false;
     const double slope = double(int64_t{ends.to.x} - ends.from.x) / height_of(ends);
     const double below = double(int64_t{first} * kPixelUnits + kPixelUnits / 2 - ends.from.y);
     edge = {.first = first,
-            .end = end < line_limit ? end : line_limit,
+            .end = end,
             .x = static_cast<float>((ends.from.x + slope * below) / kPixelUnits),
             .slope = static_cast<float>(slope),
             .low = ends.from.x < ends.to.x ? ends.from.x : ends.to.x,

@@ -15,6 +15,7 @@ public:
         : mask_(flags & BMP_FIELD ? 1 : 0), parity_(flags & BMP_FIELD ? static_cast<int32_t>(flags & 1) : 0) {}
 
     bool operator()(int32_t line) const { return (line & mask_) == parity_; }
+    int32_t step() const { return mask_ + 1; }
 
 private:
     int32_t mask_, parity_;

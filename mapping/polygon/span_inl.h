@@ -26,7 +26,6 @@ constexpr int kPrefetchPixels = 4;  // apart from each other
 /// would end behind the texture it is moved back, and the box has a larger place in it.
 struct Geometry {
     int texel_shift;                ///< log2 of a texel's bytes
-    int texels_to_window;           ///< 1: a window begins with any texel; 2: with the first of a pair
     int32_t last_column, last_row;  ///< from which all taps lie inside
     int32_t last_offset;            ///< at which the last window may begin
 };
@@ -48,24 +47,91 @@ public:
     Placer(const SpanTexture& texture, const Geometry& geometry)
         : u_max_(Floats::all(texture.u_max)),
           v_max_(Floats::all(texture.v_max)),
+          last_offset_(T::dwords(static_cast<uint32_t>(geometry.last_offset))),
+          to_fraction_(kFractionBits - geometry.texel_shift) {}
+
+protected:
+    static V clamped(F position, F max) { return Floats::truncate(Floats::hold(position, Floats::all(0), max)); }
+
+    void store(V offset, V fraction, Places& places, int i) const {
+        T::store(places.offset + i, offset);
+        T::store(places.fraction + i, fraction);
+    }
+
+    /// Windows that would end behind the texture are moved back.
+    void store_moved(V offset, V fraction, Places& places, int i) const {
+        const V excess = T::positive_dwords(T::sub_dwords(offset, last_offset_));
+        store(T::sub_dwords(offset, excess), T::add_dwords(fraction, T::shift_left_dwords_by(excess, to_fraction_)),
+              places, i);
+    }
+
+    F u_max_, v_max_;
+
+private:
+    V last_offset_;
+    int to_fraction_;
+};
+
+/// On a texture whose maxima are exact in single precision and whose pitch is a signed word: no tap lies outside, and
+/// one multiplication of word pairs gives the offset.
+template <class T, int kTexelsToWindow, bool kWindowsMove>
+class NearPlacer : Placer<T> {
+    using V = typename T::V;
+    using F = typename T::Floats::F;
+
+public:
+    static bool serves(const SpanTexture& texture) {
+        return texture.columns <= kExactTexels && texture.rows <= kExactTexels && texture.pitch <= INT16_MAX;
+    }
+
+    NearPlacer(const SpanTexture& texture, const Geometry& geometry)
+        : Placer<T>(texture, geometry),
+          steps_(T::dwords(1u << geometry.texel_shift | static_cast<uint32_t>(texture.pitch) << 16)) {}
+
+    void operator()(F u, F v, Places& places, int i) const {
+        constexpr int kToFraction = kTexelBits - kFractionBits;
+        constexpr uint32_t kLow = 0xffff, kWindow = kTexelsToWindow * kFractions - 1;
+        const V at_u = this->clamped(u, this->u_max_), at_v = this->clamped(v, this->v_max_);
+        V texel = T::select_bits(T::dwords(kLow), T::template shift_right_dwords<kTexelBits>(at_u), at_v);
+        if constexpr (kTexelsToWindow > 1)
+            texel = T::bit_and(texel, T::dwords(0u - kTexelsToWindow));
+        const V fraction = T::bit_and(T::select_bits(T::dwords(kLow), T::template shift_right_dwords<kToFraction>(at_u),
+                                                     T::template shift_left_dwords<kFractionBits>(at_v)),
+                                      T::dwords((kFractions - 1) << 16 | kWindow));
+        if constexpr (kWindowsMove)
+            this->store_moved(T::multiply_pairs(texel, steps_), fraction, places, i);
+        else
+            this->store(T::multiply_pairs(texel, steps_), fraction, places, i);
+    }
+
+private:
+    static constexpr int32_t kExactTexels = 4096;  // positions are multiples of 16 below 2^28
+
+    V steps_;
+};
+
+/// On any texture. A maximum that was rounded up lies on the texel behind the last place, where the box has the
+/// fraction 128 of the place before.
+template <class T, int kTexelsToWindow>
+class FarPlacer : Placer<T> {
+    using V = typename T::V;
+    using F = typename T::Floats::F;
+
+public:
+    FarPlacer(const SpanTexture& texture, const Geometry& geometry)
+        : Placer<T>(texture, geometry),
           last_column_(T::dwords(static_cast<uint32_t>(geometry.last_column))),
           last_row_(T::dwords(static_cast<uint32_t>(geometry.last_row))),
-          column_mask_(T::dwords(0u - static_cast<uint32_t>(geometry.texels_to_window))),
           pitch_(T::dwords(static_cast<uint32_t>(texture.pitch))),
-          last_offset_(T::dwords(static_cast<uint32_t>(geometry.last_offset))),
           texel_shift_(geometry.texel_shift) {}
 
     void operator()(F u, F v, Places& places, int i) const {
-        const V at_u = Floats::truncate(Floats::hold(u, Floats::all(0), u_max_));
-        const V at_v = Floats::truncate(Floats::hold(v, Floats::all(0), v_max_));
-        const V column = T::bit_and(T::min_signed_words(whole(at_u), last_column_), column_mask_);
+        const V at_u = this->clamped(u, this->u_max_), at_v = this->clamped(v, this->v_max_);
+        const V column = T::bit_and(T::min_signed_words(whole(at_u), last_column_), T::dwords(0u - kTexelsToWindow));
         const V row = T::min_signed_words(whole(at_v), last_row_);
-        const V offset = T::add_dwords(T::multiply_dwords(row, pitch_), T::shift_left_dwords_by(column, texel_shift_));
-        const V excess = T::positive_dwords(T::sub_dwords(offset, last_offset_));
-        const V fu =
-            T::add_dwords(fraction(at_u, column), T::shift_left_dwords_by(excess, kFractionBits - texel_shift_));
-        T::store(places.offset + i, T::sub_dwords(offset, excess));
-        T::store(places.fraction + i, T::add_dwords(fu, T::template shift_left_dwords<16>(fraction(at_v, row))));
+        this->store_moved(T::add_dwords(T::multiply_dwords(row, pitch_), T::shift_left_dwords_by(column, texel_shift_)),
+                          T::add_dwords(fraction(at_u, column), T::template shift_left_dwords<16>(fraction(at_v, row))),
+                          places, i);
     }
 
 private:
@@ -75,8 +141,7 @@ private:
                              T::template shift_left_dwords<kFractionBits>(texel));
     }
 
-    F u_max_, v_max_;
-    V last_column_, last_row_, column_mask_, pitch_, last_offset_;
+    V last_column_, last_row_, pitch_;
     int texel_shift_;
 };
 
@@ -99,7 +164,8 @@ public:
           u_start_(Floats::all(span.u_start)),
           v_start_(Floats::all(span.v_start)) {}
 
-    void locate(int32_t first, int count, const Placer<T>& place, Places& places) const {
+    template <class Place>
+    __attribute__((noinline)) void locate(int32_t first, int count, const Place& place, Places& places) const {
         each_register<T>(first, count, [&](int i, F x) {
             place(Floats::add(Floats::mul(x, du_), u_start_), Floats::add(Floats::mul(x, dv_), v_start_), places, i);
         });
@@ -127,7 +193,8 @@ public:
           u_off_(Floats::all(span.u_off)),
           v_off_(Floats::all(span.v_off)) {}
 
-    void locate(int32_t first, int count, const Placer<T>& place, Places& places) const {
+    template <class Place>
+    __attribute__((noinline)) void locate(int32_t first, int count, const Place& place, Places& places) const {
         each_register<T>(first, count,
                          [&](int i, F x) { divide(x, Floats::add(Floats::mul(x, dw_), w_start_), place, places, i); });
     }
@@ -136,7 +203,8 @@ protected:
     using Floats = typename T::Floats;
     using F = typename Floats::F;
 
-    void divide(F x, F w, const Placer<T>& place, Places& places, int i) const {
+    template <class Place>
+    void divide(F x, F w, const Place& place, Places& places, int i) const {
         const F q = Floats::div(Floats::all(1), w);
         const auto at = [&](F slope, F start, F offset) {
             return Floats::add(Floats::mul(Floats::add(Floats::mul(x, slope), start), q), offset);
@@ -163,7 +231,9 @@ public:
 
     /// drawn[i] becomes all ones for the pixels that are nearer than what the depth line holds, else 0, also for those
     /// left of the span's first one. The depth line takes the nearer ones.
-    void locate(int32_t first, int count, const Placer<T>& place, Places& places, uint32_t* drawn) {
+    template <class Place>
+    __attribute__((noinline)) void locate(int32_t first, int count, const Place& place, Places& places,
+                                          uint32_t* drawn) {
         constexpr float kNowhere = __builtin_nanf("");  // is nearer than nothing
         alignas(64) float w[kBlock], depth[kBlock];
         const int lead = reached_ - first, padded = (count + T::kPixels - 1) / T::kPixels * T::kPixels;
@@ -206,54 +276,65 @@ void prefetch_ahead(const uint8_t* ahead, const Places& places, int i) {
 }
 
 /// Bytes of the texture from its first texel to behind its last one, or behind the last one's pair.
-int64_t texture_bytes(const SpanTexture& texture, const Geometry& geometry) {
-    const int64_t columns = (texture.columns + geometry.texels_to_window - 1) & -geometry.texels_to_window;
-    return (int64_t{texture.rows} - 1) * texture.pitch + (columns << geometry.texel_shift);
+int64_t texture_bytes(const SpanTexture& texture, int texel_shift, int texels_to_window) {
+    const int64_t columns = (texture.columns + texels_to_window - 1) & -texels_to_window;
+    return (int64_t{texture.rows} - 1) * texture.pitch + (columns << texel_shift);
+}
+
+/// Windows of so many texels in so many lines, each of which weighs something somewhere.
+Geometry exact_geometry(const SpanTexture& texture, int texel_shift, int columns, int rows) {
+    return {texel_shift, texture.columns - columns, texture.rows - rows, INT32_MAX};
 }
 
 /// Offsets have 31 bits, and windows are moved by whole texels. What does not fit is for the plain kernel.
+template <class Sampler>
 bool serves(const SpanTexture& texture, const Geometry& geometry) {
     return geometry.last_column >= 0 && geometry.last_row >= 0 && geometry.last_offset >= 0 && texture.pitch > 0 &&
-           texture.pitch % 4 == 0 && texture_bytes(texture, geometry) <= INT32_MAX;
+           texture.pitch % 4 == 0 &&
+           texture_bytes(texture, geometry.texel_shift, Sampler::kTexelsToWindow) <= INT32_MAX;
 }
 
-/// Windows of so many texels in so many lines, each of which has a weight somewhere.
-Geometry exact_geometry(const SpanTexture& texture, int texel_shift, int columns, int rows) {
-    return {texel_shift, 1, texture.columns - columns, texture.rows - rows, INT32_MAX};
-}
+/// What most samplers have.
+struct ExactWindows {
+    static constexpr int kTexelsToWindow = 1;    ///< 2: a window begins with the first texel of a pair
+    static constexpr bool kWindowsMove = false;  ///< it may hold texels that weigh nothing
+    static constexpr bool kTapsInside = true;    ///< from every position up to the maxima
+};
 
 /// The nearest texel.
 template <int kTexelShift>
-struct Nearest {
+struct Nearest : ExactWindows {
     static constexpr int kOutBytes = 1 << kTexelShift;
     static Geometry geometry(const SpanTexture& texture) { return exact_geometry(texture, kTexelShift, 1, 1); }
 
     template <class T>
-    static void sample(const SpanTexture& texture, const Places& places, int count, const uint8_t* ahead,
-                       uint8_t* out) {
+    __attribute__((noinline)) static void sample(const SpanTexture& texture, const Places& places, int count,
+                                                 const uint8_t* ahead, uint8_t* out) {
         constexpr int kBytes = 1 << kTexelShift;
+        const uint8_t* const pixels = texture.pixels;
         for (int i = 0; i < count; i += T::kPixels) {
             prefetch_ahead<T>(ahead, places, i);
             for (int k = i; k < i + T::kPixels; ++k)
-                __builtin_memcpy(out + k * kBytes, texture.pixels + places.offset[k], kBytes);
+                __builtin_memcpy(out + k * kBytes, pixels + places.offset[k], kBytes);
         }
     }
 };
 
 /// Two lumas, and the chroma of the first one's pair.
-struct NearestPair {
+struct NearestPair : ExactWindows {
     static constexpr int kOutBytes = 2;
     static Geometry geometry(const SpanTexture& texture) { return exact_geometry(texture, 1, 1, 1); }
 
     template <class T>
-    static void sample(const SpanTexture& texture, const Places& places, int count, const uint8_t* ahead,
-                       uint8_t* out) {
+    __attribute__((noinline)) static void sample(const SpanTexture& texture, const Places& places, int count,
+                                                 const uint8_t* ahead, uint8_t* out) {
         constexpr uint32_t kChroma = 0xff00ff00;
+        const uint8_t* const pixels = texture.pixels;
         for (int i = 0; i < count; i += T::kPixels) {
             prefetch_ahead<T>(ahead, places, i);
             for (int k = i; k < i + T::kPixels; k += 2) {
-                const uint8_t *const even = texture.pixels + places.offset[k], *const odd = texture.pixels +
-                                                                                            places.offset[k + 1];
+                const uint8_t *const even = pixels + places.offset[k], *const odd =
+                                                                           texture.pixels + places.offset[k + 1];
                 uint32_t pair;
                 __builtin_memcpy(&pair, even - (places.offset[k] & 2), sizeof pair);
                 pair = (pair & kChroma) | *even | static_cast<uint32_t>(*odd) << 16;
@@ -362,24 +443,25 @@ constexpr bool divides_by_product(uint32_t divisor) {
 }
 static_assert(divides_by_product(3) && divides_by_product(9));
 
-/// What the lines of a box weigh, two to a register: a byte each, the first line's in the lower byte of every word.
+/// What the lines of a box weigh, two to a word: the first line in the lower byte. One word of each dword counts.
 template <class T, int kRowBox>
 struct LineWeights {
     using V = typename T::V;
-    static constexpr int kLines = taps(kRowBox);
 
     V first_two, third;  ///< lines 0 and 1; 2, or of five lines 4
 
-    /// fraction: in every word.
     explicit LineWeights(V fraction) {
         const V full = T::words(kFractions);
-        if constexpr (kRowBox == 192) {
+        if constexpr (kRowBox == kFractions) {
+            first_two = T::add(T::mul_low(fraction, T::words(0xff)), full);  // 256 f + (128 - f)
+            third = first_two;
+        } else if constexpr (kRowBox == 192) {
             const V first = T::sub_to_zero_words(full, fraction),
                     last = T::sub_to_zero_words(fraction, T::words(kFractions / 2));
             first_two = pair(first, T::sub(T::words(kRowBox), T::add(first, last)));
             third = last;
         } else {
-            first_two = pair(T::sub(full, fraction), kRowBox == kFractions ? fraction : full);
+            first_two = pair(T::sub(full, fraction), full);
             third = fraction;
         }
     }
@@ -392,6 +474,8 @@ private:
 template <class Format, int kColumnBox, int kRowBox>
 struct BoxSampler {
     static constexpr int kOutBytes = Format::kOutBytes;
+    static constexpr int kTexelsToWindow = Format::kTexelsToWindow;
+    static constexpr bool kTapsInside = kRowBox != 192;  // its last place needs two lines of three
     static constexpr int kRows = taps(kRowBox);
     static constexpr int kWindowTexels = taps(kColumnBox) + Format::kTexelsToWindow - 1;
     static constexpr int kHalves = (kWindowTexels + Format::kHalfTexels - 1) / Format::kHalfTexels;
@@ -400,42 +484,43 @@ struct BoxSampler {
     static constexpr int kWindowBytes = kHalves * 8;
     /// Every texel of a window weighs something somewhere: windows are never moved.
     static constexpr bool kExact = kRowsInOne && kWindowTexels == Format::kHalfTexels && Format::kTexelsToWindow == 1;
+    static constexpr bool kWindowsMove = !kExact;
 
     static Geometry geometry(const SpanTexture& texture) {
         Geometry geometry = exact_geometry(texture, Format::kTexelShift, taps(kColumnBox), kRows);
-        geometry.texels_to_window = Format::kTexelsToWindow;
-        const int64_t last = texture_bytes(texture, geometry) - (kRows - 1) * int64_t{texture.pitch} - kWindowBytes;
+        const int64_t last = texture_bytes(texture, Format::kTexelShift, kTexelsToWindow) -
+                             (kRows - 1) * int64_t{texture.pitch} - kWindowBytes;
         geometry.last_offset = static_cast<int32_t>(last < 0 ? -1 : last > INT32_MAX ? INT32_MAX : last);
         return geometry;
     }
 
     template <class T>
-    static void sample(const SpanTexture& texture, const Places& places, int count, const uint8_t* ahead,
-                       uint8_t* out) {
+    __attribute__((noinline)) static void sample(const SpanTexture& texture, const Places& places, int count,
+                                                 const uint8_t* ahead, uint8_t* out) {
         using V = typename T::V;
         for (int i = 0; i < count; i += T::kPixels) {
             prefetch_ahead<T>(ahead, places, i);
             const V fraction = T::load(places.fraction + i);
-            const V u = column_places<T>(fraction);
-            const V v_low = T::template shift_right_dwords<16>(fraction);
-            const LineWeights<T, kRowBox> lines(T::bit_or(v_low, T::template shift_left_dwords<16>(v_low)));
+            const LineWeights<T, kRowBox> lines(fraction);
+            const V columns = kExact ? lines.first_two : fraction;
             const int32_t* const offset = places.offset + i;
-            const V a = pixels<T, 0>(texture, offset, u, lines), b = pixels<T, 1>(texture, offset, u, lines),
-                    c = pixels<T, 2>(texture, offset, u, lines), d = pixels<T, 3>(texture, offset, u, lines);
+            const V a = pixels<T, 0>(texture, offset, columns, lines),
+                    b = pixels<T, 1>(texture, offset, columns, lines),
+                    c = pixels<T, 2>(texture, offset, columns, lines),
+                    d = pixels<T, 3>(texture, offset, columns, lines);
             Format::template store<T>(out + i * kOutBytes, T::pack(a, b, c, d));
         }
     }
 
 private:
-    /// The box's place in both words of a dword; of an exact window the weights of its two texels.
-    template <class T>
-    static typename T::V column_places(typename T::V fraction) {
-        const auto u = T::bit_and(fraction, T::dwords(0xffff));
-        const auto upper = T::template shift_left_dwords<16>(u);
+    /// Of the columns of every word: where the box begins, or in an exact window the weights themselves, which are made
+    /// like those of two lines.
+    template <class T, int kDword>
+    static typename T::V column_places(typename T::V columns) {
         if constexpr (kExact)
-            return T::add_dwords(T::sub_dwords(upper, u), T::dwords(kFractions));
+            return T::template spread_low_bytes<kDword>(columns);
         else
-            return T::bit_or(u, upper);
+            return T::template spread_low<kDword>(columns);
     }
 
     template <class T, int kHalf>
@@ -451,12 +536,12 @@ private:
 
     /// The pixels kDword, kDword + 4, ... of a register.
     template <class T, int kDword>
-    static typename T::V pixels(const SpanTexture& texture, const int32_t* offset, typename T::V u,
+    static typename T::V pixels(const SpanTexture& texture, const int32_t* offset, typename T::V columns,
                                 const LineWeights<T, kRowBox>& lines) {
         LineWeights<T, kRowBox> weights = lines;
-        weights.first_two = T::template broadcast<kDword>(lines.first_two);
-        weights.third = T::template broadcast<kDword>(lines.third);
-        const auto place = T::template broadcast<kDword>(u);
+        weights.first_two = T::template spread_high<kDword>(lines.first_two);
+        weights.third = T::template spread_high<kDword>(lines.third);
+        const auto place = column_places<T, kDword>(columns);
         auto sum = T::dwords(0);
         if constexpr (kRowsInOne) {
             const auto rows = T::template load_rows<kDword>(texture.pixels, offset, texture.pitch);
@@ -536,14 +621,14 @@ void gather_taps(const SpanTexture& texture, const int32_t* offset, uint32_t* up
 }
 
 /// Weights of a weight map.
-struct BilinearWeights {
+struct BilinearWeights : ExactWindows {
     static constexpr int kOutBytes = 2;
     static Geometry geometry(const SpanTexture& texture) { return exact_geometry(texture, 1, 2, 2); }
 
     /// Words are taken as signed, 32768 less: four taps of them stay below 2^31.
     template <class T>
-    static void sample(const SpanTexture& texture, const Places& places, int count, const uint8_t* ahead,
-                       uint8_t* out) {
+    __attribute__((noinline)) static void sample(const SpanTexture& texture, const Places& places, int count,
+                                                 const uint8_t* ahead, uint8_t* out) {
         constexpr uint32_t kSigned = 0x80008000, kRound = 8192;
         for (int i = 0; i < count; i += T::kPixels) {
             prefetch_ahead<T>(ahead, places, i);
@@ -562,13 +647,14 @@ struct BilinearWeights {
 };
 
 /// The strength of a tint, 0..255, in 32 bits.
-struct BilinearStrength {
+struct BilinearStrength : ExactWindows {
+    static constexpr bool kTapsInside = false;  // filter 0 goes to the last texel
     static constexpr int kOutBytes = 4;
     static Geometry geometry(const SpanTexture& texture) { return exact_geometry(texture, 0, 2, 2); }
 
     template <class T>
-    static void sample(const SpanTexture& texture, const Places& places, int count, const uint8_t* ahead,
-                       uint8_t* out) {
+    __attribute__((noinline)) static void sample(const SpanTexture& texture, const Places& places, int count,
+                                                 const uint8_t* ahead, uint8_t* out) {
         constexpr uint32_t kRound = 8192;
         for (int i = 0; i < count; i += T::kPixels) {
             prefetch_ahead<T>(ahead, places, i);
@@ -595,14 +681,24 @@ struct Block {
     int count;
 };
 
+/// A line's stores wait for its memory where the lines before did not bring it along.
+template <class T>
+void prefetch_later(const Span& span, const uint8_t* at, int bytes) {
+    const uintptr_t later = reinterpret_cast<uintptr_t>(at) + static_cast<uintptr_t>(span.later_pixels);
+    for (int i = 0; i < bytes; i += kCacheLineBytes)
+        T::prefetch(reinterpret_cast<const void*>(later + static_cast<uintptr_t>(i)));
+}
+
 template <int kBytes>
 struct WritePixels {
     static constexpr int kAlign = 1;
 
     template <class T>
-    static void write(const Span& span, const Block& block, const uint8_t* pixels, const uint32_t*) {
-        __builtin_memcpy(span.line + ptrdiff_t{block.first} * kBytes, pixels,
-                         static_cast<size_t>(block.count) * kBytes);
+    __attribute__((noinline)) static void write(const Span& span, const Block& block, const uint8_t* pixels,
+                                                const uint32_t*) {
+        uint8_t* const at = span.line + ptrdiff_t{block.first} * kBytes;
+        prefetch_later<T>(span, at, block.count * kBytes);
+        __builtin_memcpy(at, pixels, static_cast<size_t>(block.count) * kBytes);
     }
 };
 
@@ -611,8 +707,10 @@ struct WritePairs {
     static constexpr int kAlign = 2;
 
     template <class T>
-    static void write(const Span& span, const Block& block, uint8_t* pixels, const uint32_t*) {
+    __attribute__((noinline)) static void write(const Span& span, const Block& block, uint8_t* pixels,
+                                                const uint32_t*) {
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 2;
+        prefetch_later<T>(span, at, block.count * 2);
         if (block.first < span.first) {
             pixels[0] = at[0];
             pixels[1] = at[1];
@@ -641,8 +739,10 @@ struct MergePixels {
     static constexpr int kAlign = 1;
 
     template <class T>
-    static void write(const Span& span, const Block& block, const uint8_t* pixels, const uint32_t* drawn) {
+    __attribute__((noinline)) static void write(const Span& span, const Block& block, const uint8_t* pixels,
+                                                const uint32_t* drawn) {
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 4;
+        prefetch_later<T>(span, at, block.count * 4);
         for (int i = 0; i < block.count; ++i)
             merge(at + 4 * i, load_dword(pixels + 4 * i), drawn[i]);
     }
@@ -653,9 +753,11 @@ struct MergePairs {
     static constexpr int kAlign = 2;
 
     template <class T>
-    static void write(const Span& span, const Block& block, const uint8_t* pixels, const uint32_t* drawn) {
+    __attribute__((noinline)) static void write(const Span& span, const Block& block, const uint8_t* pixels,
+                                                const uint32_t* drawn) {
         constexpr uint32_t kSecondLuma = 0x00ff0000;
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 2;
+        prefetch_later<T>(span, at, block.count * 2);
         for (int i = 0; i < block.count; i += 2) {
             const uint32_t second = i + 1 < block.count ? drawn[i + 1] : 0;
             merge(at + 2 * i, load_dword(pixels + 2 * i), (drawn[i] & ~kSecondLuma) | (second & kSecondLuma));
@@ -668,7 +770,8 @@ struct TintPixels {
     static constexpr int kAlign = 1;
 
     template <class T>
-    static void write(const Span& span, const Block& block, const uint8_t* strengths, const uint32_t*) {
+    __attribute__((noinline)) static void write(const Span& span, const Block& block, const uint8_t* strengths,
+                                                const uint32_t*) {
         alignas(64) uint8_t pixels[kBlock * 4];
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 4;
         const size_t bytes = static_cast<size_t>(block.count) * 4;
@@ -697,7 +800,8 @@ struct TintPairs {
     static constexpr int kAlign = 2;
 
     template <class T>
-    static void write(const Span& span, const Block& block, uint8_t* strengths, const uint32_t*) {
+    __attribute__((noinline)) static void write(const Span& span, const Block& block, uint8_t* strengths,
+                                                const uint32_t*) {
         alignas(64) uint8_t pairs[kBlock * 2 + 4];
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 2;
         const size_t bytes = static_cast<size_t>(block.count + 1) / 2 * 4;
@@ -738,17 +842,11 @@ struct TintPairs {
 
 // ---------------------------------------------------------------- kernels
 
-/// What the vector kernels leave to the plain one of the same cell: textures too small for their windows, or too large
-/// for their offsets.
-template <class T, SpanGroup kGroup, int kFilter, class Projection, class Sampler, class Writer>
-void draw_span(const SpanTexture& texture, const Span& span) {
-    const Geometry geometry = Sampler::geometry(texture);
-    if (!serves(texture, geometry))
-        return kSpansPlain.kernel[kGroup][kFilter](texture, span);
-    const Placer<T> place(texture, geometry);
+template <class T, class Projection, class Sampler, class Writer, class Place>
+void draw_blocks(const SpanTexture& texture, const Span& span, const Place& place) {
     Projection projection(span);
-    const uint8_t* const ahead = reinterpret_cast<const uint8_t*>(reinterpret_cast<uintptr_t>(texture.pixels) +
-                                                                  static_cast<uintptr_t>(span.prefetch));
+    const auto* const ahead = reinterpret_cast<const uint8_t*>(reinterpret_cast<uintptr_t>(texture.pixels) +
+                                                               static_cast<uintptr_t>(span.later_texels));
     Places places;
     alignas(64) uint8_t out[kBlock * Sampler::kOutBytes + 4];
     Block block;
@@ -765,6 +863,20 @@ void draw_span(const SpanTexture& texture, const Span& span) {
             Writer::template write<T>(span, block, out, nullptr);
         }
     }
+}
+
+/// Left to the plain kernel of the same cell: textures that are too small for windows, or too large for offsets.
+template <class T, SpanGroup kGroup, int kFilter, class Projection, class Sampler, class Writer>
+void draw_span(const SpanTexture& texture, const Span& span) {
+    using Near = NearPlacer<T, Sampler::kTexelsToWindow, Sampler::kWindowsMove>;
+    using Far = FarPlacer<T, Sampler::kTexelsToWindow>;
+    const Geometry geometry = Sampler::geometry(texture);
+    if (!serves<Sampler>(texture, geometry))
+        kSpansPlain.kernel[kGroup][kFilter](texture, span);
+    else if (Sampler::kTapsInside && Near::serves(texture))
+        draw_blocks<T, Projection, Sampler, Writer>(texture, span, Near(texture, geometry));
+    else
+        draw_blocks<T, Projection, Sampler, Writer>(texture, span, Far(texture, geometry));
     T::finish();
 }
 

@@ -25,6 +25,9 @@ Slope slope_between(double left, double right, float left_x, float right_x) {
     return {step, left - step * (left_x - 0.5)};
 }
 
+constexpr int kPrefetchLines = 8;        // 4 to 16 are alike
+constexpr int32_t kPrefetchedSpan = 16;  // pixels; a shorter span is not worth it
+
 }  // namespace
 
 PixelRange pixels_between(float left, float right, int32_t width) {
@@ -35,14 +38,19 @@ PixelRange pixels_between(float left, float right, int32_t width) {
 }
 
 SpanDrawer::SpanDrawer(const Bitmap& bitmap, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
-                       const Edge* edges, int32_t edge_count, EdgeMapping* mappings)
-    : perspective_(kernels.perspective), sub_lines_(sub_lines), edges_(edges), mappings_(mappings) {
+                       ptrdiff_t later_pixels, const Edge* edges, int32_t edge_count, EdgeMapping* mappings)
+    : perspective_(kernels.perspective),
+      prefetch_lines_(kPrefetchLines * sub_lines),
+      later_pixels_(later_pixels),
+      edges_(edges),
+      mappings_(mappings) {
     const Texture texture = texture_of(bitmap, polygon.flags);
     const FilterChoice filter = polygon.flags & BMP_MAP_NO_FILTER
                                     ? unfiltered(texture)
                                     : choose_filter(texture, polygon.vertices, polygon.count);
     kernel_ = span_group[kernels.group][filter.index];
     texture_ = {texture.pixels, texture.pitch, texture.columns, texture.rows, filter.u_max, filter.v_max};
+    texel_bytes_ = texture.texel_bytes;
     u_offset_ = filter.u_offset;
     v_offset_ = filter.v_offset;
     for (int32_t i = 0; i < edge_count; ++i)
@@ -77,7 +85,29 @@ void SpanDrawer::draw(uint8_t* destination, const PixelRange& pixels, int32_t li
         span.u_start = static_cast<float>(u.start + u_offset_);
         span.v_start = static_cast<float>(v.start + v_offset_);
     }
+    if (pixels.end - pixels.first >= kPrefetchedSpan)
+        span.later_texels = bytes_to_later_lines(span, l, left.edge->slope);
+    span.later_pixels = later_pixels_;
     kernel_(texture_, span);
+}
+
+/// How far the texels under the middle of a span lie from those under the same pixel some lines further down.
+ptrdiff_t SpanDrawer::bytes_to_later_lines(const Span& span, const EdgeMapping& mapping, float edge_slope) const {
+    const auto by_line = [&](const Interpolant& along_edge, float step) {
+        return along_edge.slope - step * edge_slope;
+    };
+    double u = by_line(mapping.u, span.du), v = by_line(mapping.v, span.dv);
+    if (perspective_) {
+        const double x = 0.5 * (static_cast<double>(span.first) + span.last);
+        const double w_by_line = by_line(mapping.w, span.dw), w = x * span.dw + span.w_start;
+        u = (u - (x * span.du + span.u_start) / w * w_by_line) / w;
+        v = (v - (x * span.dv + span.v_start) / w * w_by_line) / w;
+    }
+    const auto texels = [&](double units) {
+        return static_cast<uintptr_t>(intptr_t{trunc_to_int32(units * (prefetch_lines_ / kTexel))});
+    };
+    return static_cast<ptrdiff_t>(texels(v) * static_cast<uintptr_t>(texture_.pitch) +
+                                  texels(u) * static_cast<uintptr_t>(texel_bytes_));
 }
 
 }  // namespace zepbmp

@@ -28,9 +28,9 @@ PixelRange pixels_between(float left, float right, int32_t width);
 /// Draws spans of one polygon.
 class SpanDrawer {
 public:
-    /// `mappings`: room for one of each edge. sub_lines: those of a destination line.
+    /// `mappings`: room for one of each edge. later_pixels: a hint, bytes from a line that is drawn to a later one.
     SpanDrawer(const Bitmap& texture, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
-               const Edge* edges, int32_t edge_count, EdgeMapping* mappings);
+               ptrdiff_t later_pixels, const Edge* edges, int32_t edge_count, EdgeMapping* mappings);
 
     /// Draws pixels of a line with the texture coordinates that the two edges have on `line`, a sub-line where there
     /// are some.
@@ -41,12 +41,15 @@ public:
 
 private:
     const EdgeMapping& mapping_of(const Crossing& crossing) const { return mappings_[crossing.edge - edges_]; }
+    ptrdiff_t bytes_to_later_lines(const Span& span, const EdgeMapping& mapping, float edge_slope) const;
 
     SpanKernel* kernel_;
     SpanTexture texture_;
     bool perspective_;
     double u_offset_, v_offset_;
-    int sub_lines_;
+    double prefetch_lines_;
+    ptrdiff_t later_pixels_;
+    int32_t texel_bytes_;
     const Edge* edges_;
     const EdgeMapping* mappings_;
 };

@@ -9,6 +9,8 @@
 namespace zepbmp {
 namespace {
 
+constexpr int kLaterLines = 2;  // destination lines whose memory is asked for ahead
+
 bool has_texels(const Bitmap& texture, uint32_t flags) {
     const Texture sampled = texture_of(texture, flags);
     return sampled.columns >= 1 && sampled.rows >= 1;
@@ -22,9 +24,10 @@ void draw_lines(const Target& target, const Bitmap* depth, const Bitmap& texture
         return;
     Edge* const edges = arena.array<Edge>(most);
     const int32_t count = build_edges(polygon.vertices, polygon.count, 1, target.picture.height, edges);
-    const SpanDrawer spans(texture, kernels, polygon, 1, edges, count, arena.array<EdgeMapping>(most));
-    const Plane plane(target.plane);
     const SelectedLines selected(polygon.flags);
+    const ptrdiff_t later_pixels = ptrdiff_t{target.picture.pitch} * selected.step() * kLaterLines;
+    const SpanDrawer spans(texture, kernels, polygon, 1, later_pixels, edges, count, arena.array<EdgeMapping>(most));
+    const Plane plane(target.plane);
 
     for (EdgeWalk walk(edges, count, arena.array<Edge*>(most)); !walk.done(); walk.leave()) {
         walk.enter();

@@ -15,18 +15,14 @@ constexpr bool kTargetIs64Bit = sizeof(void*) == 8;
 int32_t bytes_per_pixel_of(int32_t format, int32_t height) {
     switch (format) {
         case BMP_FMT_YUY2:
-        case BMP_FMT_PWRW:
-            return 2;
+        case BMP_FMT_PWRW: return 2;
         case BMP_FMT_RGBQ:
         case BMP_FMT_QUAD3:
         case BMP_FMT_QUAD4:
-        case BMP_FMT_QUAD5:
-            return 4;
+        case BMP_FMT_QUAD5: return 4;
         case BMP_FMT_RGB8:
-        case BMP_FMT_A8:
-            return 1;
-        default:
-            return height;
+        case BMP_FMT_A8: return 1;
+        default: return height;
     }
 }
 

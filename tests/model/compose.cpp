@@ -8,9 +8,7 @@ namespace model {
 
 namespace {
 
-uint8_t low_8_bits(int32_t value) {
-    return static_cast<uint8_t>(static_cast<uint32_t>(value) & 0xff);
-}
+uint8_t low_8_bits(int32_t value) { return static_cast<uint8_t>(static_cast<uint32_t>(value) & 0xff); }
 
 uint8_t saturate(int32_t value) {
     if (value < 0) {
@@ -28,25 +26,19 @@ int16_t lane(int32_t value) {
 }
 
 // High 16 bits of the signed product of a prescaled byte and a weight: floor(scale * p * weight / 65536).
-int32_t term(int32_t scale, uint8_t p, int16_t weight) {
-    return (scale * p * weight) >> 16;
-}
+int32_t term(int32_t scale, uint8_t p, int16_t weight) { return (scale * p * weight) >> 16; }
 
 }  // namespace
 
 // ---------------------------------------------------------------- two sources
 
-uint8_t mix_w16_reference(uint8_t p1, uint8_t p2, uint16_t w) {
-    return low_8_bits((p2 * w + p1 * (4096 - w)) / 4096);
-}
+uint8_t mix_w16_reference(uint8_t p1, uint8_t p2, uint16_t w) { return low_8_bits((p2 * w + p1 * (4096 - w)) / 4096); }
 
 uint8_t mix_w16_vector(uint8_t p1, uint8_t p2, uint16_t w) {
     return saturate(term(16, p2, lane(w)) + term(16, p1, lane(4096 - w)));
 }
 
-uint8_t mix_a8_reference(uint8_t p1, uint8_t p2, uint8_t w) {
-    return low_8_bits((p2 * w + p1 * (128 - w)) / 128);
-}
+uint8_t mix_a8_reference(uint8_t p1, uint8_t p2, uint8_t w) { return low_8_bits((p2 * w + p1 * (128 - w)) / 128); }
 
 uint8_t mix_a8_vector(uint8_t p1, uint8_t p2, uint8_t w) {
     const uint8_t complement = low_8_bits(128 - w);
@@ -100,9 +92,7 @@ uint8_t band_chroma_vector(uint8_t p1, uint8_t p2, uint8_t colour, uint16_t a0, 
 
 // ---------------------------------------------------------------- one source over a colour
 
-uint8_t colour_rgbq(uint8_t p, uint8_t colour, uint16_t w) {
-    return low_8_bits((p * w + (4096 - w) * colour) / 4096);
-}
+uint8_t colour_rgbq(uint8_t p, uint8_t colour, uint16_t w) { return low_8_bits((p * w + (4096 - w) * colour) / 4096); }
 
 uint8_t colour_luma_reference(uint8_t p, uint8_t colour, uint16_t w) {
     return low_8_bits((p * w + (4096 - w) * colour + 2048) / 4096);
@@ -144,9 +134,7 @@ bool is_aligned(const Bitmap* bitmap) {
     return reinterpret_cast<uintptr_t>(bitmap->pixels) % 16 == 0 && bitmap->pitch % 16 == 0;
 }
 
-int32_t round_up(int32_t count, int32_t group) {
-    return wrap_add(count, group - 1) & ~(group - 1);
-}
+int32_t round_up(int32_t count, int32_t group) { return wrap_add(count, group - 1) & ~(group - 1); }
 
 uint8_t mix_w16(uint8_t p1, uint8_t p2, uint16_t w, int cpu_level) {
     return cpu_level == 0 ? mix_w16_reference(p1, p2, w) : mix_w16_vector(p1, p2, w);
@@ -212,9 +200,7 @@ void compose_yuy2_a8_line(uint8_t* d, const uint8_t* s1, const uint8_t* s2, cons
     }
 }
 
-uint8_t colour_byte(uint32_t color, int index) {
-    return static_cast<uint8_t>((color >> (8 * index)) & 0xff);
-}
+uint8_t colour_byte(uint32_t color, int index) { return static_cast<uint8_t>((color >> (8 * index)) & 0xff); }
 
 void band_rgbq_line(uint8_t* d, const uint8_t* s1, const uint8_t* s2, const uint8_t* mask1, const uint8_t* mask2,
                     uint32_t color, int32_t pixels, int cpu_level) {

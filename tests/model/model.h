@@ -38,6 +38,14 @@ void bmp_alpha_rect(Bitmap* bitmap, float x, float y, float width, float height,
                     uint32_t flags);
 void bmp_alpha_circle(Bitmap* bitmap, float cx, float cy, float radius, float feather, float aspect, uint32_t flags);
 
+// Walks the lines above the destination, too: a polygon that begins far up takes its time. A solid fill's level is held
+// to 0..4096.
+void bmp_map_polygon(Bitmap* dst, Bitmap* dst2, Bitmap* aux, const void* tex_a, const void* tex_b,
+                     const BmpVertex* vertices, int32_t count, uint32_t flags);
+
+// The filter, 0 to 20, that a texture is sampled with; -1: it has no pixel to sample.
+int filter_index(const Bitmap* texture, const BmpVertex* vertices, int32_t count, uint32_t flags);
+
 // ---------------------------------------------------------------- the kernels' arithmetic, one byte each
 //
 // p1, p2      the byte of the first and of the second source

@@ -60,13 +60,9 @@ void put_full(Bitmap* bitmap, int32_t x, int32_t y, Combine combine) {
     }
 }
 
-int32_t floor_to_pixel(int32_t position) {
-    return position >> 6;
-}
+int32_t floor_to_pixel(int32_t position) { return position >> 6; }
 
-int32_t ceil_to_pixel(int32_t position) {
-    return wrap_add(position, 63) >> 6;
-}
+int32_t ceil_to_pixel(int32_t position) { return wrap_add(position, 63) >> 6; }
 
 // The field's first line at or after the given one.
 int32_t first_line_of_field(int32_t line, uint32_t flags) {
@@ -269,9 +265,7 @@ void bmp_alpha_rect(Bitmap* bitmap, float x, float y, float width, float height,
 
 // ---------------------------------------------------------------- circle
 
-uint16_t linear_ramp(int32_t k) {
-    return static_cast<uint16_t>(4 * k);
-}
+uint16_t linear_ramp(int32_t k) { return static_cast<uint16_t>(4 * k); }
 
 uint16_t cosine_ramp(int32_t k) {
     constexpr double kPi = 3.14159265358979323846;
@@ -336,13 +330,9 @@ private:
     int32_t x_ = 0;
 };
 
-int32_t nothing(int32_t) {
-    return 0;
-}
+int32_t nothing(int32_t) { return 0; }
 
-int32_t full(int32_t) {
-    return kFull;
-}
+int32_t full(int32_t) { return kFull; }
 
 void draw_hard_line(Bitmap* bitmap, int32_t y, double cx, double cy, double r, double aspect, int32_t split) {
     const int32_t width = bitmap->width;

@@ -1,9 +1,10 @@
 #include "corpus.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "library.h"
-#include "owned_bitmap.h"
+#include "polygons.h"
 
 namespace zepbmp::test {
 namespace {
@@ -175,6 +176,97 @@ uint64_t circles() {
     return hash.value();
 }
 
+/// 3 to 7 corners anywhere, or a rectangle of the source on a turned rectangle.
+Polygon some_polygon(Random& random, Size dest, Size source) {
+    Polygon polygon;
+    if (random.chance(30)) {
+        const int corners = random.between(3, 7);
+        for (int i = 0; i < corners; ++i) {
+            const float u = exact(random, -4, source.width + 4), v = exact(random, -4, source.height + 4);
+            const float x = exact(random, -8, dest.width + 8), y = exact(random, -4, dest.height + 4);
+            polygon.push_back({u, v, 1, x, y});
+        }
+        return polygon;
+    }
+    const float left = exact(random, -8, dest.width), top = exact(random, -4, dest.height);
+    // Not so wide that a ratio's product would need more than a float's 24 bits.
+    const float across = exact(random, 1, std::min(dest.width + 8, 400)), down = exact(random, 1, dest.height + 4);
+    const float lean_x = exact(random, -4, 4), lean_y = exact(random, -4, 4);
+    const float u = exact(random, -2, 4), v = exact(random, -2, 2);
+    const float width = across * random.pick({0.5f, 1.0f, 1.0f, 1.5f, 2.25f, 3.0f, 6.0f}),
+                height = down * random.pick({0.5f, 1.0f, 1.0f, 1.25f, 1.75f, 3.0f});
+    polygon = {{u, v, 1, left, top},
+               {u + width, v, 1, left + across, top + lean_y},
+               {u + width, v + height, 1, left + across + lean_x, top + down + lean_y},
+               {u, v + height, 1, left + lean_x, top + down}};
+    return polygon;
+}
+
+/// Weights whose products and quotients are not exact.
+void some_perspective(Random& random, Polygon& polygon) {
+    for (BmpVertex& corner : polygon)
+        corner.w = 0.25f + exact(random, 0, 2);
+}
+
+OwnedBitmap some_source(Random& random, Size size, int format) {
+    OwnedBitmap bitmap = make_bitmap(size.width, size.height, format, BMP_CREATE_ZERO | random.pick({0u, 0u, 2u, 3u}));
+    fill_pixels(random, lines_of(bitmap.get()));
+    return bitmap;
+}
+
+enum class Mapping { kAffine, kPerspective, kDepth, kTint, kAntialiased, kSolid };
+
+uint64_t polygons(Mapping mapping) {
+    Hash hash;
+    Random random(16 + static_cast<uint64_t>(mapping));
+    for (int call = 0; call < 2 * kCalls; ++call) {
+        const Size size = some_size(random, call), source_size = {random.between(1, 120), random.between(1, 40)};
+        const bool colour_only = mapping == Mapping::kDepth || mapping == Mapping::kTint || mapping == Mapping::kSolid;
+        const int format = colour_only ? random.pick({BMP_FMT_RGBQ, BMP_FMT_YUY2})
+                                       : random.pick({BMP_FMT_RGBQ, BMP_FMT_YUY2, BMP_FMT_PWRW});
+        const OwnedBitmap dest = noise(random, size, format), depth = make_depth(size.width, size.height, 0),
+                          texture = some_source(random, source_size, mapping == Mapping::kTint ? BMP_FMT_A8 : format);
+        const OwnedBitmap plane = random.chance(50) ? some_weights(random, size) : some_masks(random, size);
+        Polygon polygon = some_polygon(random, size, source_size);
+        const bool affine = mapping == Mapping::kAffine || (mapping == Mapping::kAntialiased && random.chance(50));
+        if (!affine)
+            some_perspective(random, polygon);
+        const uint32_t field = some_field(random), color = static_cast<uint32_t>(random.next());
+        const int level = random.chance(50) ? 4096 : random.between(0, 4096);
+        MapArguments arguments = {.dst = dest.get(), .tex_a = texture.get(), .flags = field};
+        if (random.chance(30))
+            arguments.dst2 = plane.get();
+        switch (mapping) {
+            case Mapping::kAffine:
+            case Mapping::kPerspective: break;
+            case Mapping::kDepth: arguments.aux = depth.get(); break;
+            case Mapping::kTint:
+                arguments.tex_a = BMP_INTEGER(color);
+                arguments.tex_b = texture.get();
+                arguments.flags |= BMP_MAP_EXTRA;
+                break;
+            case Mapping::kAntialiased: arguments.flags |= BMP_MAP_ANTIALIAS; break;
+            case Mapping::kSolid:
+                arguments.tex_a = BMP_INTEGER(color);
+                arguments.tex_b = BMP_INTEGER(level);
+                arguments.flags |= BMP_MAP_EXTRA | BMP_MAP_SOLID;
+                break;
+        }
+        if (mapping != Mapping::kAntialiased && random.chance(25))
+            arguments.flags |= BMP_MAP_NO_FILTER;
+        map_polygon(arguments, polygon);
+        if (mapping == Mapping::kDepth) {  // a second one, partly behind the first
+            Polygon other = some_polygon(random, size, source_size);
+            some_perspective(random, other);
+            map_polygon(arguments, other);
+        }
+        hash.add(dest);
+        hash.add(plane);
+        hash.add(depth);
+    }
+    return hash.value();
+}
+
 }  // namespace
 
 std::vector<Digest> digest_corpus(bool plain) {
@@ -193,6 +285,12 @@ std::vector<Digest> digest_corpus(bool plain) {
         {"compose_color_rgbq_band" + arithmetic, compose(BMP_FMT_RGBQ, Mix::kBand)},
         {"alpha_rect", rects()},
         {"alpha_circle", circles()},
+        {"polygons_affine", polygons(Mapping::kAffine)},
+        {"polygons_perspective", polygons(Mapping::kPerspective)},
+        {"polygons_depth", polygons(Mapping::kDepth)},
+        {"polygons_tint", polygons(Mapping::kTint)},
+        {"polygons_antialiased", polygons(Mapping::kAntialiased)},
+        {"polygons_solid", polygons(Mapping::kSolid)},
     };
 }
 

@@ -9,6 +9,30 @@ namespace {
 
 constexpr int kWidth = 74, kHeight = 10;
 
+// Corners at odd places: turned, partly outside, with weights whose quotients are not exact.
+constexpr BmpVertex kAffine[] = {{0.3f, 0.4f, 1, 2.7f, -1.2f},
+                                 {61.1f, 1.3f, 1, 70.3f, 1.1f},
+                                 {58.9f, 9.7f, 1, 66.1f, 11.3f},
+                                 {1.7f, 8.8f, 1, -3.3f, 8.9f}};
+constexpr BmpVertex kPerspective[] = {{0.3f, 0.4f, 0.7f, 2.7f, -1.2f},
+                                      {73.1f, 1.3f, 1.1f, 40.3f, 1.1f},
+                                      {71.9f, 9.7f, 1.3f, 36.1f, 8.3f},
+                                      {1.7f, 8.8f, 0.9f, -3.3f, 8.9f}};
+
+struct MapCall {
+    Bitmap* dst;
+    Bitmap* dst2;
+    Bitmap* aux;
+    const void* tex_a;
+    const void* tex_b;
+    uint32_t flags;
+};
+
+void map_polygon(Caller& call, const MapCall& a, std::span<const BmpVertex> polygon) {
+    call(library().map_polygon, a.dst, a.dst2, a.aux, a.tex_a, a.tex_b, polygon.data(),
+         static_cast<int32_t>(polygon.size()), a.flags);
+}
+
 const ExportCall kCalls[] = {
     {"bmp_create and bmp_destroy",
      [](Caller& call, Scene& scene) {
@@ -101,6 +125,64 @@ const ExportCall kCalls[] = {
      [](Caller& call, Scene& scene) {
          call(library().alpha_circle, scene.map.get(), 36.7f, 17.1f, 35.1f, 31.3f, 3.0666667f, BMP_SHAPE_COSINE);
      }},
+    {"bmp_map_polygon nearest",
+     [](Caller& call, Scene& scene) {
+         map_polygon(call,
+                     {scene.rgbq[0].get(), scene.map.get(), nullptr, scene.rgbq[1].get(), nullptr, BMP_MAP_NO_FILTER},
+                     kAffine);
+         map_polygon(call,
+                     {scene.yuy2[0].get(), scene.mask.get(), nullptr, scene.yuy2[1].get(), nullptr, BMP_MAP_NO_FILTER},
+                     kPerspective);
+     }},
+    {"bmp_map_polygon affine",
+     [](Caller& call, Scene& scene) {
+         map_polygon(call, {scene.rgbq[0].get(), nullptr, nullptr, scene.rgbq[1].get(), nullptr, 0}, kAffine);
+         map_polygon(call, {scene.yuy2[0].get(), nullptr, nullptr, scene.yuy2[1].get(), nullptr, 0}, kAffine);
+         map_polygon(call, {scene.map.get(), nullptr, nullptr, scene.weights[0].get(), nullptr, 0}, kAffine);
+     }},
+    {"bmp_map_polygon perspective",
+     [](Caller& call, Scene& scene) {
+         map_polygon(call, {scene.rgbq[0].get(), nullptr, nullptr, scene.rgbq[1].get(), nullptr, 0}, kPerspective);
+         map_polygon(call, {scene.yuy2[0].get(), nullptr, nullptr, scene.yuy2[1].get(), nullptr, 0}, kPerspective);
+         map_polygon(call, {scene.map.get(), nullptr, nullptr, scene.weights[0].get(), nullptr, 0}, kPerspective);
+     }},
+    {"bmp_map_polygon depth",
+     [](Caller& call, Scene& scene) {
+         map_polygon(call, {scene.rgbq[0].get(), nullptr, scene.depth.get(), scene.rgbq[1].get(), nullptr, 0},
+                     kPerspective);
+         map_polygon(call, {scene.yuy2[0].get(), nullptr, scene.depth.get(), scene.yuy2[1].get(), nullptr, 0}, kAffine);
+     }},
+    {"bmp_map_polygon tint",
+     [](Caller& call, Scene& scene) {
+         map_polygon(call,
+                     {scene.rgbq[0].get(), nullptr, nullptr, BMP_INTEGER(0x204080), scene.mask.get(), BMP_MAP_EXTRA},
+                     kAffine);
+         map_polygon(call,
+                     {scene.yuy2[0].get(), nullptr, nullptr, BMP_INTEGER(0x204080), scene.mask.get(), BMP_MAP_EXTRA},
+                     kPerspective);
+     }},
+    {"bmp_map_polygon antialiased",
+     [](Caller& call, Scene& scene) {
+         map_polygon(call, {scene.rgbq[0].get(), nullptr, nullptr, scene.rgbq[1].get(), nullptr, BMP_MAP_ANTIALIAS},
+                     kAffine);
+         map_polygon(call,
+                     {scene.yuy2[0].get(), scene.map.get(), nullptr, scene.yuy2[1].get(), nullptr, BMP_MAP_ANTIALIAS},
+                     kPerspective);
+         map_polygon(
+             call, {scene.map.get(), nullptr, nullptr, scene.weights[0].get(), nullptr, BMP_MAP_ANTIALIAS | BMP_FIELD},
+             kAffine);
+     }},
+    {"bmp_map_polygon solid",
+     [](Caller& call, Scene& scene) {
+         map_polygon(call,
+                     {scene.rgbq[0].get(), scene.map.get(), nullptr, BMP_INTEGER(0x10204080), BMP_INTEGER(4096),
+                      BMP_MAP_EXTRA | BMP_MAP_SOLID},
+                     kAffine);
+         map_polygon(call,
+                     {scene.yuy2[0].get(), scene.mask.get(), nullptr, BMP_INTEGER(0x204080), BMP_INTEGER(1234),
+                      BMP_MAP_EXTRA | BMP_MAP_SOLID},
+                     kPerspective);
+     }},
 };
 
 }  // namespace
@@ -118,6 +200,7 @@ Scene::Scene(uint64_t seed) {
     mask = make_bitmap(kWidth, kHeight, BMP_FMT_A8);
     fill_masks(random, lines_of(mask.get()));
     map = make_noise(kWidth, kHeight, BMP_FMT_PWRW, random.next());
+    depth = make_bitmap(kWidth, kHeight, BMP_FMT_QUAD3);
 }
 
 std::vector<uint8_t> Scene::contents() const {
@@ -134,6 +217,7 @@ std::vector<uint8_t> Scene::contents() const {
         add(bitmap);
     add(mask);
     add(map);
+    add(depth);
     for (const uint32_t word : results)
         for (int k = 0; k < 4; ++k)
             all.push_back(static_cast<uint8_t>(word >> 8 * k));

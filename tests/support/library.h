@@ -18,6 +18,7 @@ struct Library {
     decltype(&::bmp_compose_color) compose_color;
     decltype(&::bmp_alpha_rect) alpha_rect;
     decltype(&::bmp_alpha_circle) alpha_circle;
+    decltype(&::bmp_map_polygon) map_polygon;
 };
 
 const Library& library();

@@ -40,6 +40,7 @@ Library load() {
     find(dll, "_bmp_compose_color@28", found.compose_color);
     find(dll, "_bmp_alpha_rect@32", found.alpha_rect);
     find(dll, "_bmp_alpha_circle@28", found.alpha_circle);
+    find(dll, "_bmp_map_polygon@32", found.map_polygon);
     return found;
 }
 

@@ -15,6 +15,7 @@ const Library& library() {
         .compose_color = &::bmp_compose_color,
         .alpha_rect = &::bmp_alpha_rect,
         .alpha_circle = &::bmp_alpha_circle,
+        .map_polygon = &::bmp_map_polygon,
     };
     return linked;
 }

@@ -133,6 +133,18 @@ TEST(Converter, FillsOddSizesToTheLastPixel) {
     }
 }
 
+TEST(Converter, RepeatsTheLastColumnInTheOddPixel) {
+    for (AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV444P, AV_PIX_FMT_YUYV422, AV_PIX_FMT_GRAY8})
+        for (int width : {33, 47}) {
+            const BitmapPtr bitmap = make_bitmap(width + 1, 24, BMP_FMT_YUY2);
+            FrameConverter converter(FrameConverter::Mode::kWhole, width, AVCOL_SPC_SMPTE170M);
+            converter.convert(*noise_frame(33, 24, format, 7), bitmap.get());
+            for (int y = 0; y < 24; ++y)
+                ASSERT_EQ(bmp_pointer(bitmap.get(), width, y)[0], bmp_pointer(bitmap.get(), width - 1, y)[0])
+                    << "format " << format << " width " << width << " line " << y;
+        }
+}
+
 TEST(Converter, GuessesTheMatrixByHeight) {
     EXPECT_EQ(known_matrix(AVCOL_SPC_UNSPECIFIED, 576), AVCOL_SPC_SMPTE170M);
     EXPECT_EQ(known_matrix(AVCOL_SPC_UNSPECIFIED, 1080), AVCOL_SPC_BT709);

@@ -13,7 +13,9 @@
 namespace zepbmp::transition {
 namespace {
 
-constexpr EffectKind kKinds[] = {EffectKind::kCrossfade, EffectKind::kBox, EffectKind::kCircle, EffectKind::kBand};
+constexpr EffectKind kKinds[] = {EffectKind::kCrossfade, EffectKind::kBox, EffectKind::kCircle, EffectKind::kBand,
+                                 EffectKind::kShape,     EffectKind::kFly, EffectKind::kCube};
+constexpr char kArrow[] = "0 -4\n5 2\n2 1\n2 5\n-2 5\n-2 1\n-5 2\n";
 constexpr unsigned kFields[] = {kWholeFrame, kTopField, kBottomField};
 constexpr uint8_t kUntouched = 0xa5;
 
@@ -55,7 +57,7 @@ bool same_line(const BitmapPtr& one, const BitmapPtr& other, int y) {
 }
 
 EffectSettings settings_of(EffectKind kind, double feather, Ease edge = Ease::kLinear, double line_height = 1) {
-    return {kind, feather, edge, line_height, 0x808080};
+    return {kind, feather, edge, line_height, 0x808080, parse_outline(kArrow, "arrow")};
 }
 
 std::string name(const EffectSettings& s, double progress, unsigned field) {
@@ -205,7 +207,7 @@ TEST(EffectTest, BandRunsBetweenBAndA) {
     const int width = 128, height = 96;
     const BitmapPtr a = flat(width, height, 16), b = flat(width, height, 235);
     EffectSettings settings = settings_of(EffectKind::kBand, 2);
-    settings.band_color_yuv = 0x6030c0;
+    settings.color_yuv = 0x6030c0;
     const BitmapPtr result = composed(settings, a, b, 0.5);
     std::string order;
     for (int x = width / 2; x < width; ++x) {
@@ -219,6 +221,274 @@ TEST(EffectTest, BandRunsBetweenBAndA) {
             order += what;
     }
     EXPECT_EQ(order, "BcA");
+}
+
+struct PlanePoint {
+    double x, y;
+};
+
+/// The part of a polygon on one side of a line: where nx*x + ny*y <= limit.
+std::vector<PlanePoint> clipped(const std::vector<PlanePoint>& polygon, double nx, double ny, double limit) {
+    std::vector<PlanePoint> result;
+    for (size_t i = 0; i < polygon.size(); ++i) {
+        const PlanePoint &p = polygon[i], &q = polygon[(i + 1) % polygon.size()];
+        const double over_p = nx * p.x + ny * p.y - limit, over_q = nx * q.x + ny * q.y - limit;
+        if (over_p <= 0)
+            result.push_back(p);
+        if ((over_p < 0 && over_q > 0) || (over_p > 0 && over_q < 0)) {
+            const double t = over_p / (over_p - over_q);
+            result.push_back({p.x + t * (q.x - p.x), p.y + t * (q.y - p.y)});
+        }
+    }
+    return result;
+}
+
+double area(const std::vector<PlanePoint>& polygon) {
+    double twice = 0;
+    for (size_t i = 0; i < polygon.size(); ++i) {
+        const PlanePoint &p = polygon[i], &q = polygon[(i + 1) % polygon.size()];
+        twice += p.x * q.y - q.x * p.y;
+    }
+    return std::abs(twice) / 2;
+}
+
+/// The part of pixel (x, y) that a polygon covers, 0..1.
+double covered(const std::vector<PlanePoint>& polygon, int x, int y) {
+    return area(clipped(clipped(clipped(clipped(polygon, -1, 0, -x), 1, 0, x + 1), 0, -1, -y), 0, 1, y + 1));
+}
+
+/// How far the coverage that the library finds may be off, as a part of full. Lines on which a corner lies are sampled
+/// three times; on the others it is the area to a few 4096ths.
+double coverage_tolerance(const std::vector<PlanePoint>& polygon, int y) {
+    for (const PlanePoint& corner : polygon)
+        if (corner.y > y - 0.01 && corner.y < y + 1.01)
+            return 0.25;
+    return 0.01;
+}
+
+constexpr double kMixCut = 2;  // a mix cuts each of its two products down to a whole number
+
+std::vector<PlanePoint> flight_outline(int width, int height, double line_height, double progress) {
+    std::vector<PlanePoint> corners;
+    for (const BmpVertex& corner : Stage(width, height, line_height).flying(progress, 0))
+        corners.push_back({corner.x, corner.y});
+    return corners;
+}
+
+// Each pixel takes as much of B as the picture covers of it: edges are blended once, and with B's own colour.
+TEST(EffectTest, FlyingPictureIsBlendedByItsCoverage) {
+    const int width = 96, height = 64;
+    const BitmapPtr a = flat(width, height, 20, 60), b = flat(width, height, 220, 180);
+    for (double line_height : {1.0, 1.5})
+        for (double progress : {0.002, 0.02, 0.1, 0.25, 0.4, 0.6, 0.8, 0.95, 0.99}) {
+            const std::vector<PlanePoint> outline = flight_outline(width, height, line_height, progress);
+            const BitmapPtr result =
+                composed(settings_of(EffectKind::kFly, 0, Ease::kLinear, line_height), a, b, progress);
+            for (int y = 0; y < height; ++y)
+                for (int x = 0; x < width; ++x) {
+                    const double part = covered(outline, x, y);
+                    const double chroma_part = covered(outline, x & ~1, y);
+                    const double tolerance = coverage_tolerance(outline, y);
+                    ASSERT_NEAR(luma(result, x, y), 20 + 200 * part, 200 * tolerance + kMixCut)
+                        << x << " " << y << " at " << progress;
+                    ASSERT_NEAR(bmp_pointer(result.get(), x, y)[1], 60 + 120 * chroma_part, 120 * tolerance + kMixCut)
+                        << x << " " << y << " at " << progress;
+                }
+        }
+}
+
+// What one frame leaves in the effect's bitmaps does not show in the next one.
+TEST(EffectTest, RemembersNothing) {
+    const int width = 96, height = 64;
+    const BitmapPtr a = noise(width, height, 5), b = noise(width, height, 6), dark = flat(width, height, 16);
+    for (EffectKind kind : kKinds) {
+        const EffectSettings settings = settings_of(kind, 4);
+        Effect effect(settings, width, height);
+        const BitmapPtr dest = make_bitmap(width, height, BMP_FMT_YUY2);
+        for (double progress : {0.9, 0.3, 0.6, 0.1}) {
+            effect.compose(dest.get(), dark.get(), dark.get(), 1 - progress, kWholeFrame);
+            effect.compose(dest.get(), a.get(), b.get(), progress, kWholeFrame);
+            const BitmapPtr fresh = composed(settings, a, b, progress);
+            for (int y = 0; y < height; ++y)
+                ASSERT_TRUE(same_line(dest, fresh, y)) << name(settings, progress, kWholeFrame) << " line " << y;
+        }
+    }
+}
+
+// Just before the end B's pixels are where they belong, in frames as well as in fields.
+TEST(EffectTest, FlyingPictureAndCubeArriveInPlace) {
+    const int width = 96, height = 64;
+    const BitmapPtr a = flat(width, height, 16), b = noise(width, height, 7);
+    const BitmapPtr b_fields = make_bitmap(width, height, BMP_FMT_YUY2, kTwoFields);
+    bmp_copy(b_fields.get(), b.get(), 0);
+    for (EffectKind kind : {EffectKind::kFly, EffectKind::kCube})
+        for (unsigned field : kFields) {
+            const BitmapPtr result =
+                composed(settings_of(kind, 0), a, field == kWholeFrame ? b : b_fields, 0.99999, field);
+            for (int y = 2; y < height - 2; ++y)
+                for (int x = 2; x < width - 2; ++x)
+                    if (selected(y, field)) {
+                        ASSERT_NEAR(luma(result, x, y), luma(b, x, y), 6) << x << " " << y << " field " << field;
+                    }
+        }
+}
+
+// Mixed, but by nothing else than A, B and the colour around the cube; in frames of a few pixels next to nothing is seen
+// of a flight, and its edges may be darker.
+TEST(EffectTest, HandlesSmallAndSlimFrames) {
+    constexpr struct {
+        int width;
+        int height;
+        int darkest;
+    } kFrames[] = {{2, 1, 0}, {2, 2, 0}, {2, 40, 0}, {40, 1, 0}, {16, 16, 98}, {16, 40, 98}, {60, 16, 98}};
+    for (const auto& frame : kFrames)
+        for (unsigned fields : {0u, kTwoFields}) {
+            const BitmapPtr a = make_bitmap(frame.width, frame.height, BMP_FMT_YUY2, fields);
+            const BitmapPtr b = make_bitmap(frame.width, frame.height, BMP_FMT_YUY2, fields);
+            std::memset(a->pixels, 100, static_cast<size_t>(a->pitch) * a->height);
+            std::memset(b->pixels, 150, static_cast<size_t>(b->pitch) * b->height);
+            for (EffectKind kind : kKinds)
+                for (unsigned field : kFields)
+                    for (double progress : {1e-9, 0.01, 0.1, 0.3, 0.5, 0.7, 0.9, 1 - 1e-9}) {
+                        EffectSettings settings = settings_of(kind, 3, Ease::kLinear, 1.2);
+                        settings.color_yuv = 0x707070;
+                        const BitmapPtr result = composed(settings, a, b, progress, field);
+                        const int darkest = kind == EffectKind::kFly ? frame.darkest : 98;
+                        for (int y = 0; y < frame.height; ++y)
+                            for (int x = 0; x < 2 * frame.width; ++x) {
+                                const int value = bmp_pointer(result.get(), 0, y)[x];
+                                ASSERT_TRUE(selected(y, field) ? value >= darkest && value <= 150 : value == kUntouched)
+                                    << name(settings, progress, field) << " " << frame.width << "x" << frame.height
+                                    << ": " << value;
+                            }
+                    }
+        }
+}
+
+TEST(EffectTest, MappingReadsOneFieldOfTwo) {
+    const int width = 96, height = 64;
+    const auto striped = [&](int top, int bottom) {
+        BitmapPtr bitmap = make_bitmap(width, height, BMP_FMT_YUY2, kTwoFields);
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                bmp_pointer(bitmap.get(), x, y)[0] = static_cast<uint8_t>(y & 1 ? bottom : top);
+                bmp_pointer(bitmap.get(), x, y)[1] = 128;
+            }
+        return bitmap;
+    };
+    const BitmapPtr a = striped(40, 60), b = striped(100, 200);
+    for (EffectKind kind : {EffectKind::kFly, EffectKind::kCube})
+        for (unsigned field : {kTopField, kBottomField}) {
+            const int luma_a = field == kTopField ? 40 : 60, luma_b = field == kTopField ? 100 : 200;
+            EffectSettings settings = settings_of(kind, 0);
+            settings.color_yuv = 0x108080;
+            const BitmapPtr result = composed(settings, a, b, 0.6, field);
+            int of_a = 0, of_b = 0, of_others = 0;
+            for (int y = 0; y < height; ++y)
+                for (int x = 0; x < width && selected(y, field); ++x) {
+                    const int value = luma(result, x, y);
+                    of_a += value == luma_a;
+                    of_b += value == luma_b;
+                    of_others += kind == EffectKind::kFly ? value < luma_a - kMixCut || value > luma_b
+                                                          : value != luma_a && value != luma_b && value != 16;
+                }
+            EXPECT_GT(of_a, width * height / 10);
+            EXPECT_GT(of_b, width * height / 10);
+            EXPECT_EQ(of_others, 0);
+        }
+}
+
+/// What a line of a cube shows from left to right: A, B or the colour around it.
+std::string cube_line(const BitmapPtr& picture, int y) {
+    std::string order;
+    for (int x = 0; x < picture->width; ++x) {
+        const int value = luma(picture, x, y);
+        const char what = value == 100 ? 'A' : value == 200 ? 'B' : value == 0x60 ? '.' : '?';
+        if (order.empty() || order.back() != what)
+            order += what;
+    }
+    return order;
+}
+
+TEST(EffectTest, CubeTurnsFromAToB) {
+    const int width = 96, height = 64;
+    const BitmapPtr a = flat(width, height, 100), b = flat(width, height, 200);
+    EffectSettings settings = settings_of(EffectKind::kCube, 0);
+    settings.color_yuv = 0x6030c0;
+    const BitmapPtr half = composed(settings, a, b, 0.5);
+    EXPECT_EQ(cube_line(half, height / 2), ".AB.");
+    EXPECT_EQ(cube_line(half, 0), ".AB.");
+    EXPECT_EQ(luma(half, width / 2 - 1, height / 2), 100);
+    EXPECT_EQ(luma(half, width / 2, height / 2), 200);
+    EXPECT_EQ(bmp_pointer(half.get(), 0, 0)[1], 0x30);
+    EXPECT_EQ(bmp_pointer(half.get(), 1, 0)[1], 0xc0);
+    for (int y = 0; y < height; ++y) {
+        int unlike = 0;  // where a slanted edge meets a pixel's centre, the pixel belongs to one side of it
+        for (int x = 0; x < width; ++x)
+            unlike += luma(half, x, y) != luma(half, x, height - 1 - y);
+        EXPECT_LE(unlike, 2) << y;
+    }
+
+    int last_b = 0;
+    for (double progress : {0.3, 0.5, 0.7, 0.9}) {
+        const BitmapPtr result = composed(settings, a, b, progress);
+        int of_b = 0;
+        for (int x = 0; x < width; ++x)
+            of_b += luma(result, x, height / 2) == 200;
+        EXPECT_GT(of_b, last_b) << progress;
+        last_b = of_b;
+    }
+}
+
+// Until it has turned far enough the right side is behind the front, though it is drawn later.
+TEST(EffectTest, NearerSideHidesTheOther) {
+    const int width = 96, height = 64;
+    const BitmapPtr a = flat(width, height, 100), b = flat(width, height, 200);
+    EffectSettings settings = settings_of(EffectKind::kCube, 0);
+    settings.color_yuv = 0x608080;
+    for (int y : {0, 7, height / 2, height - 1}) {
+        EXPECT_EQ(cube_line(composed(settings, a, b, 0.1), y).find('B'), std::string::npos);
+        EXPECT_EQ(cube_line(composed(settings, a, b, 0.9), y).find('A'), std::string::npos);
+    }
+    EXPECT_NE(cube_line(composed(settings, a, b, 0.1), height / 2).find('A'), std::string::npos);
+}
+
+TEST(EffectTest, ShapeIsBlendedByItsCoverage) {
+    const int width = 96, height = 64;
+    const BitmapPtr a = flat(width, height, 20), b = flat(width, height, 220);
+    const std::string diamond = "0 -3\n2 0\n0 3\n-2 0\n";
+    for (double line_height : {1.0, 1.5, 0.8})
+        for (double progress : {0.05, 0.3, 0.6, 0.9}) {
+            EffectSettings settings = settings_of(EffectKind::kShape, 0, Ease::kLinear, line_height);
+            settings.outline = parse_outline(diamond, "diamond");
+            const double scale = progress * covering_scale(settings.outline, width / 2.0, height * line_height / 2);
+            std::vector<PlanePoint> outline;
+            for (const OutlinePoint& point : settings.outline)
+                outline.push_back({width / 2.0 + scale * point.x, height / 2.0 + scale * point.y / line_height});
+            const BitmapPtr result = composed(settings, a, b, progress);
+            for (int y = 0; y < height; ++y)
+                for (int x = 0; x < width; ++x)
+                    ASSERT_NEAR(luma(result, x, y), 20 + 200 * covered(outline, x, y),
+                                200 * coverage_tolerance(outline, y) + kMixCut)
+                        << x << " " << y << " at " << progress;
+        }
+}
+
+TEST(EffectTest, ShapeIsNotStretchedOnTheScreen) {
+    const int width = 120, height = 120;
+    const BitmapPtr a = flat(width, height, 0), b = flat(width, height, 200);
+    for (double line_height : {0.8, 1.0, 1.5}) {
+        EffectSettings settings = settings_of(EffectKind::kShape, 0, Ease::kLinear, line_height);
+        settings.outline = parse_outline("0 0\n1 0\n1 1\n0 1", "square");
+        const BitmapPtr result = composed(settings, a, b, 0.3);
+        double across = 0, down = 0;
+        for (int i = 0; i < width; ++i) {
+            across += luma(result, i, height / 2) / 200.0;
+            down += luma(result, width / 2, i) / 200.0 * line_height;
+        }
+        EXPECT_GT(across, 20);
+        EXPECT_NEAR(across, down, 0.1) << line_height;
+    }
 }
 
 TEST(YuvFromRgb, KnownColours) {

@@ -61,6 +61,18 @@ TEST(OptionsTest, ReadsEverything) {
     EXPECT_TRUE(options.overwrite);
 }
 
+TEST(OptionsTest, KnowsTheEffectsInSpace) {
+    EXPECT_EQ(accepted({"--effect", "fly", "--duration", "2s"}).effect, EffectKind::kFly);
+    const Options cube = accepted({"--effect", "cube", "--duration", "2s"});
+    EXPECT_EQ(cube.effect, EffectKind::kCube);
+    EXPECT_EQ(cube.color_rgb, 0u);
+    EXPECT_FALSE(cube.points);
+    EXPECT_EQ(accepted({"--effect", "cube", "--duration", "2s", "--color", "203040"}).color_rgb, 0x203040u);
+    const Options shape = accepted({"--effect", "shape", "--duration", "2s", "--points", "star.txt"});
+    EXPECT_EQ(shape.effect, EffectKind::kShape);
+    EXPECT_EQ(shape.points, "star.txt");
+}
+
 TEST(OptionsTest, RefusesWithOneLine) {
     const std::vector<std::string> good = {"--effect", "box", "--duration", "2s"};
     const auto plus = [&](std::vector<std::string> more) {
@@ -73,7 +85,7 @@ TEST(OptionsTest, RefusesWithOneLine) {
     expect_refused(with({"--duration", "2s"}), "effect");
     expect_refused(with({"--effect", "box"}), "duration");
     expect_refused(with({"--effect", "wipe", "--duration", "2s"}),
-                   "unknown effect 'wipe': choose crossfade, box, circle or band");
+                   "unknown effect 'wipe': choose crossfade, box, circle, band, shape, fly or cube");
     for (const char* duration : {"0", "0s", "0f", "0ms"})
         expect_refused(with({"--effect", "box", "--duration", duration}), "longer than nothing");
     for (const char* duration : {"-2s", "--", "two", "2 s", "", "1e99"})
@@ -83,9 +95,16 @@ TEST(OptionsTest, RefusesWithOneLine) {
     expect_refused(plus({"--feather", "nan"}), "feather");
     expect_refused(plus({"--feather", "5000"}), "feather");
     expect_refused(plus({"--feather=-1"}), "feather");
-    expect_refused(plus({"--color", "FF8000"}), "band only");
+    expect_refused(plus({"--color", "FF8000"}), "band and cube only");
+    expect_refused(plus({"--points", "star.txt"}), "--points has a meaning for --effect shape only");
+    expect_refused(with({"--effect", "shape", "--duration", "1s"}), "--effect shape needs --points FILE");
+    expect_refused(with({"--effect", "shape", "--duration", "1s", "--points", ""}), "a file name is empty");
+    for (const char* effect : {"fly", "shape"})
+        expect_refused(with({"--effect", effect, "--duration", "1s", "--color", "FF8000"}), "band and cube only");
     expect_refused(with({"--effect", "band", "--duration", "1s", "--color", "red"}), "--color 'red'");
-    expect_refused(with({"--effect", "crossfade", "--duration", "1s", "--feather", "5"}), "crossfade");
+    for (const char* effect : {"crossfade", "shape", "fly", "cube"})
+        expect_refused(with({"--effect", effect, "--duration", "1s", "--feather", "5"}),
+                       "--feather has a meaning for --effect box, circle and band only");
     expect_refused(plus({"--ease", "bounce"}), "unknown ease 'bounce': choose linear or cosine");
     expect_refused(plus({"--fields", "both"}), "unknown field order 'both'");
     expect_refused(plus({"--nonsense"}), "nonsense");
@@ -102,13 +121,19 @@ TEST(OptionsTest, NeverReplacesAnInput) {
     expect_refused(command({"a.mp4", "b.mp4", "-o", "x/../b.mp4"}), "replace the second video");
     expect_refused(command({"a.mp4", "b.mp4", "-o", "o.mp4", "--sheet", "b.mp4"}), "replace the second video");
     expect_refused(command({"a.mp4", "b.mp4", "-o", "o.mp4", "--sheet", "o.mp4"}), "replace the video just written");
+    const auto shape = [](std::vector<std::string> more) {
+        more.insert(more.begin(), {"a.mp4", "b.mp4", "--effect", "shape", "--duration", "2s", "--points", "p.txt"});
+        return more;
+    };
+    expect_refused(shape({"-o", "./p.txt"}), "replace the shape's corners");
+    expect_refused(shape({"-o", "o.mp4", "--sheet", "x/../p.txt"}), "replace the shape's corners");
 }
 
 TEST(OptionsTest, PrintsHelpAndVersion) {
     const CommandLine help = parse_command_line({"--help"});
     EXPECT_FALSE(help.run);
-    for (const char* part : {"Examples:", "--effect", "--duration", "--at", "--feather", "--color", "--ease",
-                             "--fields", "--sheet", "Exit status"})
+    for (const char* part : {"Examples:", "--effect", "--duration", "--at", "--feather", "--color", "--points",
+                             "--ease", "--fields", "--sheet", "Exit status"})
         EXPECT_NE(help.text.find(part), std::string::npos) << part;
     const CommandLine version = parse_command_line({"--version"});
     EXPECT_FALSE(version.run);

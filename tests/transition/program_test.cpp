@@ -169,6 +169,30 @@ TEST(Program, ComposesFieldByField) {
     }
 }
 
+// The picture that flies in, and the sides of the cube, hold in each field what that field's moment shows.
+TEST(Program, MapsFieldByField) {
+    const ScratchFolder folder;
+    Clip a, b;
+    a.frames = b.frames = 12;
+    a.fields = b.fields = FieldOrder::kTopFirst;
+    a.luma = [](double moment) { return moment == std::floor(moment) ? 50 : 60; };
+    b.luma = [](double moment) { return moment == std::floor(moment) ? 100 : 200; };
+    write_clip(folder / "a.mkv", a);
+    write_clip(folder / "b.mkv", b);
+    for (const char* effect : {"fly", "cube"}) {
+        expect_done(run(command(folder / "a.mkv", folder / "b.mkv", folder / "out.mkv",
+                                {"--effect", effect, "--duration", "8f", "-y"})));
+        const Contents contents = read_contents(folder / "out.mkv");
+        ASSERT_EQ(contents.top.size(), 16u);
+        for (int frame = 9; frame < 12; ++frame) {
+            EXPECT_LE(contents.top[frame], 100 + kLumaTolerance) << effect << frame;
+            EXPECT_GE(contents.bottom[frame], 1.4 * contents.top[frame]) << effect << frame;
+        }
+        EXPECT_NEAR(contents.top[12], 100, kLumaTolerance) << effect;
+        EXPECT_NEAR(contents.bottom[12], 200, kLumaTolerance) << effect;
+    }
+}
+
 // Field order is A's; each field of B is shown in the lines that it was taken for, at its own time.
 TEST(Program, MixesBothFieldOrders) {
     const ScratchFolder folder;
@@ -223,10 +247,13 @@ TEST(Program, EveryEffectRunsThrough) {
     write_clip(folder / "a.mp4", clip);
     clip.luma = [](double) { return 180; };
     write_clip(folder / "b.mp4", clip);
-    for (const char* effect : {"crossfade", "box", "circle", "band"})
+    std::ofstream(folder / "points.txt") << "0.5 0\n1 0.8 # right\n0 0.8\n";
+    for (const char* effect : {"crossfade", "box", "circle", "band", "shape", "fly", "cube"})
         for (const char* ease : {"linear", "cosine"}) {
-            expect_done(run(command(folder / "a.mp4", folder / "b.mp4", folder / "out.avi",
-                                    {"--effect", effect, "--duration", "0.4s", "--ease", ease, "-y"})));
+            Arguments more = {"--effect", effect, "--duration", "0.4s", "--ease", ease, "-y"};
+            if (more[1] == "shape")
+                more.insert(more.end(), {"--points", folder / "points.txt"});
+            expect_done(run(command(folder / "a.mp4", folder / "b.mp4", folder / "out.avi", more)));
             const Contents contents = read_contents(folder / "out.avi");
             ASSERT_EQ(contents.top.size(), 30u);
             EXPECT_NEAR(contents.top[9], 60, kLumaTolerance) << effect;
@@ -246,7 +273,7 @@ TEST(Program, KeepsPixelShapeAndOddSizes) {
     b.luma = [](double) { return 190; };
     write_clip(folder / "a.mkv", a);
     write_clip(folder / "b.mkv", b);
-    for (const char* effect : {"circle", "band"}) {
+    for (const char* effect : {"circle", "band", "fly", "cube"}) {
         expect_done(run(command(folder / "a.mkv", folder / "b.mkv", folder / "out.mkv",
                                 {"--effect", effect, "--duration", "4f", "-y"})));
         const Contents contents = read_contents(folder / "out.mkv");
@@ -312,6 +339,7 @@ TEST(Program, RefusesBadRequestsWithOneLineAndStatus2) {
     std::ofstream(folder / "empty.mp4");
     std::ofstream(folder / "text.txt") << "no video\n";
     std::ofstream(folder / "taken.mp4") << "precious";
+    std::ofstream(folder / "line.txt") << "# a line\n0 0\n1 1\n2 2\n";
     std::filesystem::create_directory(folder / "folder.mp4");
     const std::vector<std::string> before = folder.names();
 
@@ -320,11 +348,19 @@ TEST(Program, RefusesBadRequestsWithOneLineAndStatus2) {
         more.insert(more.begin(), {"--effect", "circle", "--duration", std::move(duration)});
         return more;
     };
+    const auto shape = [&](const std::string& points) {
+        return command(a, b, out, {"--effect", "shape", "--duration", "0.2s", "--points", folder / points});
+    };
     const struct {
         Arguments arguments;
         const char* part;
     } cases[] = {
         {{}, "required"},
+        {command(a, b, out, {"--effect", "shape", "--duration", "0.2s"}), "needs --points FILE"},
+        {shape("none.txt"), "none.txt: No such file"},
+        {shape("folder.mp4"), "folder.mp4: is a folder"},
+        {shape("text.txt"), "text.txt:1: not a corner"},
+        {shape("line.txt"), "line.txt: the polygon has no area"},
         {command(folder / "none.mp4", b, out, circle("0.2s")), "none.mp4: No such file"},
         {command(a, folder / "none.mp4", out, circle("0.2s")), "none.mp4: No such file"},
         {command(folder / "noise.mp4", b, out, circle("0.2s")), "noise.mp4: "},

@@ -10,6 +10,8 @@ namespace {
 constexpr int kLevelFull = 4096;
 constexpr int kEdgeSteps = 64;        // a rectangle's edge falls on 64ths of a pixel
 constexpr double kBandShare = 0.125;  // of the distance from centre to corner
+constexpr double kUnderpaintPx = 6;   // around a flying picture
+constexpr double kMostMargin = 0.25;  // of a flying picture's size, where it is as large as the frame
 
 /// How far inside 0..size each pixel's centre lies, in 64ths of full weight, for an interval centred in `size`.
 void fill_ramp(std::vector<int>& out, double half, double feather, Ease edge) {
@@ -34,6 +36,14 @@ Run reaching(const std::vector<int>& ramp, int level) {
     return {begin, std::max(begin, size - begin)};
 }
 
+BitmapPtr make_bitmap_if(bool needed, int width, int height, int format) {
+    return needed ? make_bitmap(width, height, format) : nullptr;
+}
+
+void map_quad(Bitmap* dest, Bitmap* coverage, Bitmap* depth, const Bitmap* texture, const Quad& quad, unsigned flags) {
+    bmp_map_polygon(dest, coverage, depth, texture, nullptr, quad.data(), static_cast<int>(quad.size()), flags);
+}
+
 }  // namespace
 
 Effect::Effect(const EffectSettings& settings, int width, int height)
@@ -42,8 +52,13 @@ Effect::Effect(const EffectSettings& settings, int width, int height)
       height_px_(height * settings.line_height_px),
       corner_px_(std::hypot(width_px_ / 2, height_px_ / 2)),
       band_px_(corner_px_ * kBandShare),
+      outline_px_(covering_scale(settings.outline, width_px_ / 2, height_px_ / 2)),
+      stage_(width, height, settings.line_height_px),
       map_(make_bitmap(width, height, BMP_FMT_PWRW)),
-      outer_map_(settings.kind == EffectKind::kBand ? make_bitmap(width, height, BMP_FMT_PWRW) : nullptr),
+      outer_map_(make_bitmap_if(settings.kind == EffectKind::kBand, width, height, BMP_FMT_PWRW)),
+      scratch_(make_bitmap_if(settings.kind == EffectKind::kShape || settings.kind == EffectKind::kFly, width, height,
+                              BMP_FMT_YUY2)),
+      depth_(make_bitmap_if(settings.kind == EffectKind::kCube, width, height, BMP_FMT_QUAD3)),
       column_64ths_(width),
       line_64ths_(height) {}
 
@@ -69,9 +84,18 @@ void Effect::compose(Bitmap* dest, const Bitmap* a, const Bitmap* b, double prog
             const double outer = progress * (reach + band_px_);
             draw_circle(map_.get(), outer - band_px_, field);
             draw_circle(outer_map_.get(), outer, field);
-            bmp_compose_color(dest, a, b, map_.get(), outer_map_.get(), settings_.band_color_yuv, field);
+            bmp_compose_color(dest, a, b, map_.get(), outer_map_.get(), settings_.color_yuv, field);
             break;
         }
+        case EffectKind::kShape:
+            draw_shape(progress, field);
+            bmp_compose(dest, a, b, map_.get(), field);
+            break;
+        case EffectKind::kFly:
+            draw_flying(b, progress, field);
+            bmp_compose(dest, a, scratch_.get(), map_.get(), field);
+            break;
+        case EffectKind::kCube: draw_cube(dest, a, b, progress, field); break;
     }
 }
 
@@ -137,6 +161,36 @@ void Effect::draw_circle(Bitmap* map, double radius, unsigned field) const {
     bmp_alpha_circle(map, static_cast<float>(width_px_ / 2), static_cast<float>(height_px_ / 2),
                      static_cast<float>(radius), static_cast<float>(settings_.feather_px),
                      static_cast<float>(settings_.line_height_px), field | profile);
+}
+
+// The polygon is filled with a colour that nobody sees: wanted is the plane of its coverage.
+void Effect::draw_shape(double progress, unsigned field) {
+    const double scale = progress * outline_px_;
+    std::vector<BmpVertex> vertices;
+    for (const OutlinePoint& point : settings_.outline)
+        vertices.push_back({0, 0, 1, static_cast<float>(width_px_ / 2 + scale * point.x),
+                            static_cast<float>((height_px_ / 2 + scale * point.y) / settings_.line_height_px)});
+    bmp_clear(map_.get(), field);
+    bmp_map_polygon(scratch_.get(), map_.get(), nullptr, BMP_INTEGER(0), BMP_INTEGER(kLevelFull), vertices.data(),
+                    static_cast<int>(vertices.size()), field | BMP_MAP_EXTRA | BMP_MAP_SOLID);
+}
+
+// An anti-aliased polygon blends the texture's edge into what is there, and the composition blends by the same coverage
+// once more. So the picture is laid under itself before, without anti-aliasing and a few pixels wider: the edge is then
+// blended into its own colour, and only the composition's blend is left.
+void Effect::draw_flying(const Bitmap* b, double progress, unsigned field) {
+    const Quad quad = stage_.flying(progress, 0);
+    const double margin = std::min(kUnderpaintPx / thickness(quad), kMostMargin / progress);
+    map_quad(scratch_.get(), nullptr, nullptr, b, stage_.flying(progress, margin), field);
+    bmp_clear(map_.get(), field);
+    map_quad(scratch_.get(), map_.get(), nullptr, b, quad, field | BMP_MAP_ANTIALIAS);
+}
+
+void Effect::draw_cube(Bitmap* dest, const Bitmap* a, const Bitmap* b, double progress, unsigned field) {
+    bmp_compose_color(dest, a, nullptr, map_.get(), nullptr, settings_.color_yuv, field);  // weights 0: all colour
+    bmp_clear(depth_.get(), field);
+    map_quad(dest, nullptr, depth_.get(), a, stage_.cube_front(progress), field);
+    map_quad(dest, nullptr, depth_.get(), b, stage_.cube_right(progress), field);
 }
 
 uint32_t yuv_from_rgb(uint32_t rgb, double red_weight, double blue_weight) {

@@ -49,25 +49,18 @@ AVColorSpace known_matrix(AVColorSpace matrix, int height) {
         case AVCOL_SPC_BT470BG:
         case AVCOL_SPC_SMPTE170M:
         case AVCOL_SPC_SMPTE240M:
-        case AVCOL_SPC_BT2020_NCL:
-            return matrix;
-        default:
-            return height >= kHighDefinitionLines ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
+        case AVCOL_SPC_BT2020_NCL: return matrix;
+        default: return height >= kHighDefinitionLines ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
     }
 }
 
 LumaWeights luma_weights(AVColorSpace matrix) {
     switch (matrix) {
-        case AVCOL_SPC_BT709:
-            return {0.2126, 0.0722};
-        case AVCOL_SPC_FCC:
-            return {0.30, 0.11};
-        case AVCOL_SPC_SMPTE240M:
-            return {0.212, 0.087};
-        case AVCOL_SPC_BT2020_NCL:
-            return {0.2627, 0.0593};
-        default:
-            return {0.299, 0.114};
+        case AVCOL_SPC_BT709: return {0.2126, 0.0722};
+        case AVCOL_SPC_FCC: return {0.30, 0.11};
+        case AVCOL_SPC_SMPTE240M: return {0.212, 0.087};
+        case AVCOL_SPC_BT2020_NCL: return {0.2627, 0.0593};
+        default: return {0.299, 0.114};
     }
 }
 
@@ -154,12 +147,8 @@ void FrameConverter::convert(const AVFrame& frame, Bitmap* to) {
     const PictureView from_view = view_of(frame);
     const PictureView to_view = view_of(*to, width_, matrix_);
     switch (mode_) {
-        case Mode::kWhole:
-            scaler_.convert(from_view, to_view);
-            break;
-        case Mode::kFields:
-            scaler_.convert_fields(from_view, to_view);
-            break;
+        case Mode::kWhole: scaler_.convert(from_view, to_view); break;
+        case Mode::kFields: scaler_.convert_fields(from_view, to_view); break;
         case Mode::kDeinterlace: {
             if (!native_ || native_->width < frame.width || native_->width > frame.width + 1 ||
                 native_->height != frame.height)
@@ -171,6 +160,9 @@ void FrameConverter::convert(const AVFrame& frame, Bitmap* to) {
             break;
         }
     }
+    if (to->width > width_)
+        for (int y = 0; y < to->height; ++y)
+            *bmp_pointer(to, width_, y) = *bmp_pointer(to, width_ - 1, y);
 }
 
 }  // namespace zepbmp::transition

@@ -53,7 +53,8 @@ private:
     Context contexts_[2];
 };
 
-/// Turns decoded frames into YUY2 bitmaps of the output's size and matrix.
+/// Turns decoded frames into YUY2 bitmaps of the output's size and matrix. A bitmap that is one pixel wider repeats the
+/// last column there.
 class FrameConverter {
 public:
     /// How a frame of the source becomes one of the output.

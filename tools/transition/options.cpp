@@ -15,6 +15,8 @@ namespace {
 
 constexpr double kDefaultFeatherPx = 32;
 constexpr double kWidestFeatherPx = 4096;
+constexpr uint32_t kWhite = 0xffffff;
+constexpr uint32_t kBlack = 0;
 
 const char kExamples[] = R"(Times: 2s, 1.5, 500ms, 00:01:02.5, or frames of the first video: 50f
 
@@ -29,6 +31,9 @@ Examples:
   an orange ring, from and to interlaced video with the top field first
     zepbmp-transition tape1.avi tape2.avi -o tape.mp4 --effect band --duration 1.5s \
         --color FF8000 --fields top
+
+  a shape of one's own, whose corners stand in a text file
+    zepbmp-transition beach.mp4 city.mov -o trip.mp4 --effect shape --points heart.txt --duration 2s
 
 Exit status: 0 done, 1 failed while working, 2 the request cannot be carried out, 128 + signal if interrupted.)";
 
@@ -45,10 +50,13 @@ Value choose(const char* what, const std::string& word, const std::array<std::pa
     refuse("unknown " + std::string(what) + " '" + word + "': choose " + all);
 }
 
-constexpr std::array<std::pair<const char*, EffectKind>, 4> kEffects = {{{"crossfade", EffectKind::kCrossfade},
+constexpr std::array<std::pair<const char*, EffectKind>, 7> kEffects = {{{"crossfade", EffectKind::kCrossfade},
                                                                          {"box", EffectKind::kBox},
                                                                          {"circle", EffectKind::kCircle},
-                                                                         {"band", EffectKind::kBand}}};
+                                                                         {"band", EffectKind::kBand},
+                                                                         {"shape", EffectKind::kShape},
+                                                                         {"fly", EffectKind::kFly},
+                                                                         {"cube", EffectKind::kCube}}};
 constexpr std::array<std::pair<const char*, Ease>, 2> kEases = {{{"linear", Ease::kLinear}, {"cosine", Ease::kCosine}}};
 constexpr std::array<std::pair<const char*, FieldChoice>, 4> kFields = {{{"auto", FieldChoice::kAuto},
                                                                          {"top", FieldChoice::kTop},
@@ -91,8 +99,7 @@ void refuse_same_file(const fs::path& output, const fs::path& other, const char*
 
 CommandLine parse_command_line(std::vector<std::string> arguments) {
     Options options;
-    std::string input_a, input_b, output, sheet, effect, duration, at, color = "FFFFFF", ease = "linear",
-                                                                       fields = "auto";
+    std::string input_a, input_b, output, sheet, points, effect, duration, at, color, ease = "linear", fields = "auto";
     double feather = kDefaultFeatherPx;
 
     CLI::App app(
@@ -106,7 +113,9 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
     app.add_option("-o,--output", output, "video to write; the ending decides the container")
         ->required()
         ->type_name("FILE");
-    app.add_option("--effect", effect, "crossfade, box, circle or band")->required()->type_name("NAME");
+    app.add_option("--effect", effect, "crossfade, box, circle, band, shape, fly or cube")
+        ->required()
+        ->type_name("NAME");
     app.add_option("--duration", duration, "length of the transition")->required()->type_name("TIME");
     CLI::Option* const at_option =
         app.add_option("--at", at, "where it begins in A (as late as possible if not given)")->type_name("TIME");
@@ -114,7 +123,11 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
         app.add_option("--feather", feather, "width of the soft edge of box, circle, band; 0 = hard (32)")
             ->type_name("PX");
     CLI::Option* const color_option =
-        app.add_option("--color", color, "colour of the band (FFFFFF)")->type_name("RRGGBB");
+        app.add_option("--color", color, "colour of the band (FFFFFF) or around the cube (000000)")
+            ->type_name("RRGGBB");
+    CLI::Option* const points_option =
+        app.add_option("--points", points, "the shape's corners, a line \"x y\" for each, y down, in any unit")
+            ->type_name("FILE");
     app.add_option("--ease", ease, "linear or cosine: course of the motion and of the soft edge (linear)")
         ->type_name("NAME");
     app.add_option("--fields", fields, "auto, top, bottom or progressive: which field is first (auto: as flagged)")
@@ -150,13 +163,20 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
         options.at = time_option("--at", at);
     if (!(feather >= 0 && feather <= kWidestFeatherPx))
         refuse("--feather must lie between 0 and 4096 pixels");
-    if (*feather_option && options.effect == EffectKind::kCrossfade)
-        refuse("--feather has no meaning for a crossfade");
-    if (*color_option && options.effect != EffectKind::kBand)
-        refuse("--color has a meaning for --effect band only");
+    const bool soft = options.effect == EffectKind::kBox || options.effect == EffectKind::kCircle ||
+                      options.effect == EffectKind::kBand;
+    if (*feather_option && !soft)
+        refuse("--feather has a meaning for --effect box, circle and band only");
     options.feather_px = feather;
-    options.color_rgb = parse_color(color);
-    if (input_a.empty() || input_b.empty() || output.empty() || (*sheet_option && sheet.empty()))
+    if (*color_option && options.effect != EffectKind::kBand && options.effect != EffectKind::kCube)
+        refuse("--color has a meaning for --effect band and cube only");
+    options.color_rgb = *color_option ? parse_color(color) : options.effect == EffectKind::kCube ? kBlack : kWhite;
+    if (*points_option && options.effect != EffectKind::kShape)
+        refuse("--points has a meaning for --effect shape only");
+    if (!*points_option && options.effect == EffectKind::kShape)
+        refuse("--effect shape needs --points FILE");
+    if (input_a.empty() || input_b.empty() || output.empty() || (*sheet_option && sheet.empty()) ||
+        (*points_option && points.empty()))
         refuse("a file name is empty");
     refuse_same_file(options.output, options.input_a, "the first video");
     refuse_same_file(options.output, options.input_b, "the second video");
@@ -165,6 +185,12 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
         refuse_same_file(*options.sheet, options.input_a, "the first video");
         refuse_same_file(*options.sheet, options.input_b, "the second video");
         refuse_same_file(*options.sheet, options.output, "the video just written");
+    }
+    if (*points_option) {
+        options.points = points;
+        refuse_same_file(options.output, *options.points, "the shape's corners");
+        if (options.sheet)
+            refuse_same_file(*options.sheet, *options.points, "the shape's corners");
     }
     return {options, {}};
 }

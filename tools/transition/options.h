@@ -18,6 +18,7 @@ struct Options {
     std::filesystem::path input_b;
     std::filesystem::path output;
     std::optional<std::filesystem::path> sheet;
+    std::optional<std::filesystem::path> points;  // for the shape, and only for it
     EffectKind effect = EffectKind::kCrossfade;
     TimeValue duration;
     std::optional<TimeValue> at;

@@ -12,8 +12,11 @@ struct BitmapDeleter {
 };
 using BitmapPtr = std::unique_ptr<Bitmap, BitmapDeleter>;
 
-inline BitmapPtr make_bitmap(int width, int height, int format) {
-    BitmapPtr bitmap(bmp_create(width, height, format, BMP_CREATE_ZERO));
+/// Creation flag of a picture whose two fields are of different moments: mapping takes one of them as its source.
+constexpr unsigned kTwoFields = 2;
+
+inline BitmapPtr make_bitmap(int width, int height, int format, unsigned create_flags = 0) {
+    BitmapPtr bitmap(bmp_create(width, height, format, BMP_CREATE_ZERO | create_flags));
     if (!bitmap)
         throw std::bad_alloc();
     return bitmap;

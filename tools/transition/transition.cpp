@@ -27,14 +27,10 @@ bool interlaced(FieldOrder order) { return order != FieldOrder::kProgressive; }
 
 FieldOrder resolve(FieldChoice choice, FieldOrder flagged) {
     switch (choice) {
-        case FieldChoice::kTop:
-            return FieldOrder::kTopFirst;
-        case FieldChoice::kBottom:
-            return FieldOrder::kBottomFirst;
-        case FieldChoice::kProgressive:
-            return FieldOrder::kProgressive;
-        case FieldChoice::kAuto:
-            break;
+        case FieldChoice::kTop: return FieldOrder::kTopFirst;
+        case FieldChoice::kBottom: return FieldOrder::kBottomFirst;
+        case FieldChoice::kProgressive: return FieldOrder::kProgressive;
+        case FieldChoice::kAuto: break;
     }
     return flagged;
 }
@@ -54,7 +50,8 @@ public:
         : reader_(reader),
           order_(order),
           converter_(converter_mode(order, output_order), output.width, known_matrix(output.matrix, output.height)),
-          picture_(make_bitmap((output.width + 1) & ~1, output.height, BMP_FMT_YUY2)) {}
+          picture_(make_bitmap((output.width + 1) & ~1, output.height, BMP_FMT_YUY2,
+                               interlaced(order) && interlaced(output_order) ? kTwoFields : 0)) {}
 
     /// The picture that holds what is seen at a time of this video. `field` tells which field is asked for, since the
     /// second one of a frame was taken half a frame later than the first one.
@@ -107,8 +104,12 @@ public:
 private:
     static EffectSettings effect_settings(const Options& options, const VideoInfo& info) {
         const LumaWeights weights = luma_weights(known_matrix(info.matrix, info.height));
-        return {options.effect, options.feather_px, options.ease, info.line_height_px(),
-                yuv_from_rgb(options.color_rgb, weights.red, weights.blue)};
+        return {options.effect,
+                options.feather_px,
+                options.ease,
+                info.line_height_px(),
+                yuv_from_rgb(options.color_rgb, weights.red, weights.blue),
+                options.points ? read_outline(*options.points) : Outline()};
     }
 
     /// `moment` and `span` in frames: what is composed is shown from moment to moment + span.
