@@ -20,17 +20,37 @@ constexpr int kPrefetchPixels = 4;  // apart from each other
 
 // ---------------------------------------------------------------- pass 1: where pixels lie on the texture
 
-/// Which texels a sampler reads for a pixel, and how it is told.
-///
-/// The sampler reads windows of whole registers, which may hold more texels than have a weight. Where such a window
-/// would end behind the texture it is moved back, and the box has a larger place in it.
-struct Geometry {
-    int texel_shift;                ///< log2 of a texel's bytes
-    int32_t last_column, last_row;  ///< from which all taps lie inside
-    int32_t last_offset;            ///< at which the last window may begin
+/// What a sampler reads of a line for a pixel. It reads windows of whole registers, which may hold more texels than
+/// have a weight.
+struct Windows {
+    int texel_shift;       ///< log2 of a texel's bytes
+    int columns, lines;    ///< that the filter touches
+    int texels_to_window;  ///< 1: a window begins with any texel; 2: with the first of a pair
+    int bytes;             ///< 0: nothing but what has a weight
+    bool taps_inside;      ///< from every position up to the maxima, where those are exact
 };
 
-/// Of the pixels of a block.
+/// Where a texture ends for a sampler. Where a window would pass the end it is moved back, and the box has a larger
+/// place in it.
+struct Geometry {
+    int texel_shift;
+    int32_t last_column, last_row;  ///< from which all taps lie inside
+    int32_t last_offset;            ///< at which the last window may begin
+    bool serves;                    ///< false: too small for windows, or too large for offsets
+};
+
+Geometry geometry_of(const SpanTexture& texture, const Windows& windows) {
+    const int64_t columns = (texture.columns + windows.texels_to_window - 1) & -windows.texels_to_window;
+    const int64_t bytes = (int64_t{texture.rows} - 1) * texture.pitch + (columns << windows.texel_shift);
+    const int64_t last_offset =
+        windows.bytes == 0 ? INT32_MAX : bytes - (windows.lines - 1) * int64_t{texture.pitch} - windows.bytes;
+    const int32_t last_column = texture.columns - windows.columns, last_row = texture.rows - windows.lines;
+    return {windows.texel_shift, last_column, last_row, static_cast<int32_t>(last_offset),
+            last_column >= 0 && last_row >= 0 && last_offset >= 0 && bytes <= INT32_MAX && texture.pitch > 0 &&
+                texture.pitch % 4 == 0};
+}
+
+/// Where the pixels of a block lie.
 struct Places {
     alignas(64) int32_t offset[kBlock];     ///< bytes from the texture's first texel to the window
     alignas(64) uint32_t fraction[kBlock];  ///< where the box begins in the window: 1/128 texel, v in the upper half
@@ -72,18 +92,19 @@ private:
     int to_fraction_;
 };
 
-/// On a texture whose maxima are exact in single precision and whose pitch is a signed word: no tap lies outside, and
-/// one multiplication of word pairs gives the offset.
+/// Whether a texture's maxima are exact in single precision and its pitch is a signed word.
+bool is_near(const SpanTexture& texture) {
+    constexpr int32_t kExactTexels = 4096;  // positions are multiples of 16 below 2^28
+    return texture.columns <= kExactTexels && texture.rows <= kExactTexels && texture.pitch <= INT16_MAX;
+}
+
+/// On a near texture: no tap lies outside, and one multiplication of word pairs gives the offset.
 template <class T, int kTexelsToWindow, bool kWindowsMove>
 class NearPlacer : Placer<T> {
     using V = typename T::V;
     using F = typename T::Floats::F;
 
 public:
-    static bool serves(const SpanTexture& texture) {
-        return texture.columns <= kExactTexels && texture.rows <= kExactTexels && texture.pitch <= INT16_MAX;
-    }
-
     NearPlacer(const SpanTexture& texture, const Geometry& geometry)
         : Placer<T>(texture, geometry),
           steps_(T::dwords(1u << geometry.texel_shift | static_cast<uint32_t>(texture.pitch) << 16)) {}
@@ -105,8 +126,6 @@ public:
     }
 
 private:
-    static constexpr int32_t kExactTexels = 4096;  // positions are multiples of 16 below 2^28
-
     V steps_;
 };
 
@@ -145,200 +164,158 @@ private:
     int texel_shift_;
 };
 
-/// Calls at(i, x) for every register of `count` pixels: its index, its pixels' x.
+/// What the passes over a block share. Its first pixel may lie left of the span.
+struct Block {
+    int32_t first;
+    int count;
+    float w;  ///< depth of the span's next pixel
+    Places places;
+    alignas(64) uint32_t drawn[kBlock];       ///< all ones where a pixel passes the depth test, else 0
+    alignas(64) uint8_t out[kBlock * 4 + 4];  ///< pixels, or strengths of a tint
+};
+
+using Pass = void(const SpanTexture& texture, const Geometry& geometry, const Span& span, Block& block);
+
+/// Calls at(i, x) for every register of pixels: its index, its pixels' x.
 template <class T, class At>
-void each_register(int32_t first, int count, At at) {
-    auto x = T::counting_from(first);
-    for (int i = 0; i < count; i += T::kPixels, x = T::add_dwords(x, T::dwords(T::kPixels)))
+void each_register(const Block& block, At at) {
+    auto x = T::counting_from(block.first);
+    for (int i = 0; i < block.count; i += T::kPixels, x = T::add_dwords(x, T::dwords(T::kPixels)))
         at(i, T::Floats::to_float(x));
 }
 
-template <class T>
-class Affine {
-public:
-    static constexpr bool kTestsDepth = false;
-
-    explicit Affine(const Span& span)
-        : du_(Floats::all(span.du)),
-          dv_(Floats::all(span.dv)),
-          u_start_(Floats::all(span.u_start)),
-          v_start_(Floats::all(span.v_start)) {}
-
-    template <class Place>
-    __attribute__((noinline)) void locate(int32_t first, int count, const Place& place, Places& places) const {
-        each_register<T>(first, count, [&](int i, F x) {
-            place(Floats::add(Floats::mul(x, du_), u_start_), Floats::add(Floats::mul(x, dv_), v_start_), places, i);
+struct Affine {
+    template <class T, class Place>
+    static void locate(const SpanTexture& texture, const Geometry& geometry, const Span& span, Block& block) {
+        using Floats = typename T::Floats;
+        const Place place(texture, geometry);
+        const auto du = Floats::all(span.du), dv = Floats::all(span.dv), u_start = Floats::all(span.u_start),
+                   v_start = Floats::all(span.v_start);
+        each_register<T>(block, [&](int i, auto x) {
+            place(Floats::add(Floats::mul(x, du), u_start), Floats::add(Floats::mul(x, dv), v_start), block.places, i);
         });
     }
+};
 
-private:
+/// Places from w and what is divided by it.
+template <class T, class Place>
+class Divider {
+public:
     using Floats = typename T::Floats;
     using F = typename Floats::F;
 
-    F du_, dv_, u_start_, v_start_;
-};
-
-template <class T>
-class Perspective {
-public:
-    static constexpr bool kTestsDepth = false;
-
-    explicit Perspective(const Span& span)
-        : du_(Floats::all(span.du)),
+    Divider(const SpanTexture& texture, const Geometry& geometry, const Span& span)
+        : place_(texture, geometry),
+          du_(Floats::all(span.du)),
           dv_(Floats::all(span.dv)),
-          dw_(Floats::all(span.dw)),
           u_start_(Floats::all(span.u_start)),
           v_start_(Floats::all(span.v_start)),
-          w_start_(Floats::all(span.w_start)),
           u_off_(Floats::all(span.u_off)),
           v_off_(Floats::all(span.v_off)) {}
 
-    template <class Place>
-    __attribute__((noinline)) void locate(int32_t first, int count, const Place& place, Places& places) const {
-        each_register<T>(first, count,
-                         [&](int i, F x) { divide(x, Floats::add(Floats::mul(x, dw_), w_start_), place, places, i); });
-    }
-
-protected:
-    using Floats = typename T::Floats;
-    using F = typename Floats::F;
-
-    template <class Place>
-    void divide(F x, F w, const Place& place, Places& places, int i) const {
+    void operator()(F x, F w, Places& places, int i) const {
         const F q = Floats::div(Floats::all(1), w);
         const auto at = [&](F slope, F start, F offset) {
             return Floats::add(Floats::mul(Floats::add(Floats::mul(x, slope), start), q), offset);
         };
-        place(at(du_, u_start_, u_off_), at(dv_, v_start_, v_off_), places, i);
+        place_(at(du_, u_start_, u_off_), at(dv_, v_start_, v_off_), places, i);
     }
 
 private:
-    F du_, dv_, dw_, u_start_, v_start_, w_start_, u_off_, v_off_;
+    Place place_;
+    F du_, dv_, u_start_, v_start_, u_off_, v_off_;
 };
 
-/// w is summed up from the span's first pixel on, one addition a pixel.
-template <class T>
-class DepthTested : Perspective<T> {
-public:
-    static constexpr bool kTestsDepth = true;
+struct Perspective {
+    template <class T, class Place>
+    static void locate(const SpanTexture& texture, const Geometry& geometry, const Span& span, Block& block) {
+        using Floats = typename T::Floats;
+        const Divider<T, Place> divide(texture, geometry, span);
+        const auto dw = Floats::all(span.dw), w_start = Floats::all(span.w_start);
+        each_register<T>(block,
+                         [&](int i, auto x) { divide(x, Floats::add(Floats::mul(x, dw), w_start), block.places, i); });
+    }
+};
 
-    explicit DepthTested(const Span& span)
-        : Perspective<T>(span),
-          depth_(span.depth),
-          dw_(span.dw),
-          w_(static_cast<float>(span.first) * span.dw + span.w_start),
-          reached_(span.first) {}
-
-    /// drawn[i] becomes all ones for the pixels that are nearer than what the depth line holds, else 0, also for those
-    /// left of the span's first one. The depth line takes the nearer ones.
-    template <class Place>
-    __attribute__((noinline)) void locate(int32_t first, int count, const Place& place, Places& places,
-                                          uint32_t* drawn) {
-        constexpr float kNowhere = __builtin_nanf("");  // is nearer than nothing
+/// w is summed up from the span's first pixel on, one addition a pixel. The depth line takes that of the nearer pixels.
+struct DepthTested {
+    template <class T, class Place>
+    static void locate(const SpanTexture& texture, const Geometry& geometry, const Span& span, Block& block) {
+        using Floats = typename T::Floats;
+        constexpr float kNowhere = __builtin_nanf("");  // nearer than nothing
+        const Divider<T, Place> divide(texture, geometry, span);
+        const int lead = block.first < span.first ? span.first - block.first : 0;
+        if (block.first <= span.first) {
+            const float start = static_cast<float>(span.first) * span.dw;
+            block.w = start + span.w_start;
+        }
         alignas(64) float w[kBlock], depth[kBlock];
-        const int lead = reached_ - first, padded = (count + T::kPixels - 1) / T::kPixels * T::kPixels;
+        const int padded = (block.count + T::kPixels - 1) / T::kPixels * T::kPixels;
         for (int i = 0; i < lead; ++i)
             w[i] = depth[i] = kNowhere;
-        for (int i = lead; i < count; ++i, w_ += dw_)
-            w[i] = w_;
-        for (int i = count; i < padded; ++i)
+        for (int i = lead; i < block.count; ++i, block.w += span.dw)
+            w[i] = block.w;
+        for (int i = block.count; i < padded; ++i)
             w[i] = depth[i] = kNowhere;
-        float* const line = depth_ + reached_;
-        const size_t bytes = static_cast<size_t>(count - lead) * sizeof *line;
+        float* const line = span.depth + (block.first + lead);
+        const size_t bytes = static_cast<size_t>(block.count - lead) * sizeof *line;
         __builtin_memcpy(depth + lead, line, bytes);
-        each_register<T>(first, count, [&](int i, F x) {
-            const F here = Floats::load(w + i), behind = Floats::load(depth + i);
+        each_register<T>(block, [&](int i, auto x) {
+            const auto here = Floats::load(w + i), behind = Floats::load(depth + i);
             const auto nearer = Floats::greater(here, behind);
-            T::store(drawn + i, nearer);
+            T::store(block.drawn + i, nearer);
             Floats::store(depth + i, Floats::select(nearer, here, behind));
-            this->divide(x, here, place, places, i);
+            divide(x, here, block.places, i);
         });
         __builtin_memcpy(line, depth + lead, bytes);
-        reached_ = first + count;
     }
-
-private:
-    using Floats = typename T::Floats;
-    using F = typename Floats::F;
-
-    float* depth_;
-    float dw_, w_;
-    int32_t reached_;
 };
 
 // ---------------------------------------------------------------- pass 2: what the texture has there
 
 /// Texture lines are cold memory that hardware does not foresee: asks for what a later line needs.
 template <class T>
-void prefetch_ahead(const uint8_t* ahead, const Places& places, int i) {
+void prefetch_ahead(const uint8_t* pixels, const Span& span, const int32_t* offset) {
+    const uintptr_t later = reinterpret_cast<uintptr_t>(pixels) + static_cast<uintptr_t>(span.later_texels);
     for (int k = 0; k < T::kPixels; k += kPrefetchPixels)
-        T::prefetch(ahead + places.offset[i + k]);
+        T::prefetch(reinterpret_cast<const void*>(later + static_cast<uintptr_t>(intptr_t{offset[k]})));
 }
-
-/// Bytes of the texture from its first texel to behind its last one, or behind the last one's pair.
-int64_t texture_bytes(const SpanTexture& texture, int texel_shift, int texels_to_window) {
-    const int64_t columns = (texture.columns + texels_to_window - 1) & -texels_to_window;
-    return (int64_t{texture.rows} - 1) * texture.pitch + (columns << texel_shift);
-}
-
-/// Windows of so many texels in so many lines, each of which weighs something somewhere.
-Geometry exact_geometry(const SpanTexture& texture, int texel_shift, int columns, int rows) {
-    return {texel_shift, texture.columns - columns, texture.rows - rows, INT32_MAX};
-}
-
-/// Offsets have 31 bits, and windows are moved by whole texels. What does not fit is for the plain kernel.
-template <class Sampler>
-bool serves(const SpanTexture& texture, const Geometry& geometry) {
-    return geometry.last_column >= 0 && geometry.last_row >= 0 && geometry.last_offset >= 0 && texture.pitch > 0 &&
-           texture.pitch % 4 == 0 &&
-           texture_bytes(texture, geometry.texel_shift, Sampler::kTexelsToWindow) <= INT32_MAX;
-}
-
-/// What most samplers have.
-struct ExactWindows {
-    static constexpr int kTexelsToWindow = 1;    ///< 2: a window begins with the first texel of a pair
-    static constexpr bool kWindowsMove = false;  ///< it may hold texels that weigh nothing
-    static constexpr bool kTapsInside = true;    ///< from every position up to the maxima
-};
 
 /// The nearest texel.
 template <int kTexelShift>
-struct Nearest : ExactWindows {
-    static constexpr int kOutBytes = 1 << kTexelShift;
-    static Geometry geometry(const SpanTexture& texture) { return exact_geometry(texture, kTexelShift, 1, 1); }
+struct Nearest {
+    static constexpr Windows kWindows = {kTexelShift, 1, 1, 1, 0, true};
 
     template <class T>
-    __attribute__((noinline)) static void sample(const SpanTexture& texture, const Places& places, int count,
-                                                 const uint8_t* ahead, uint8_t* out) {
+    static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
         constexpr int kBytes = 1 << kTexelShift;
         const uint8_t* const pixels = texture.pixels;
-        for (int i = 0; i < count; i += T::kPixels) {
-            prefetch_ahead<T>(ahead, places, i);
-            for (int k = i; k < i + T::kPixels; ++k)
-                __builtin_memcpy(out + k * kBytes, pixels + places.offset[k], kBytes);
+        for (int i = 0; i < block.count; i += T::kPixels) {
+            const int32_t* const offset = block.places.offset + i;
+            prefetch_ahead<T>(texture.pixels, span, offset);
+            for (int k = 0; k < T::kPixels; ++k)
+                __builtin_memcpy(block.out + (i + k) * kBytes, pixels + offset[k], kBytes);
         }
     }
 };
 
 /// Two lumas, and the chroma of the first one's pair.
-struct NearestPair : ExactWindows {
-    static constexpr int kOutBytes = 2;
-    static Geometry geometry(const SpanTexture& texture) { return exact_geometry(texture, 1, 1, 1); }
+struct NearestPair {
+    static constexpr Windows kWindows = {1, 1, 1, 1, 0, true};
 
     template <class T>
-    __attribute__((noinline)) static void sample(const SpanTexture& texture, const Places& places, int count,
-                                                 const uint8_t* ahead, uint8_t* out) {
+    static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
         constexpr uint32_t kChroma = 0xff00ff00;
         const uint8_t* const pixels = texture.pixels;
-        for (int i = 0; i < count; i += T::kPixels) {
-            prefetch_ahead<T>(ahead, places, i);
-            for (int k = i; k < i + T::kPixels; k += 2) {
-                const uint8_t *const even = pixels + places.offset[k], *const odd =
-                                                                           texture.pixels + places.offset[k + 1];
+        for (int i = 0; i < block.count; i += T::kPixels) {
+            const int32_t* const offset = block.places.offset + i;
+            prefetch_ahead<T>(texture.pixels, span, offset);
+            for (int k = 0; k < T::kPixels; k += 2) {
+                const uint8_t *const even = pixels + offset[k], *const odd = pixels + offset[k + 1];
                 uint32_t pair;
-                __builtin_memcpy(&pair, even - (places.offset[k] & 2), sizeof pair);
+                __builtin_memcpy(&pair, even - (offset[k] & 2), sizeof pair);
                 pair = (pair & kChroma) | *even | static_cast<uint32_t>(*odd) << 16;
-                __builtin_memcpy(out + 2 * k, &pair, sizeof pair);
+                __builtin_memcpy(block.out + 2 * (i + k), &pair, sizeof pair);
             }
         }
     }
@@ -374,7 +351,7 @@ struct RgbqTexels {
     static auto total(typename T::V sums) {
         return sums;
     }
-    static constexpr int kOutBytes = 4;
+    static constexpr int kPixelBytes = 4;
     template <class T>
     static void store(uint8_t* out, typename T::V pixels) {
         T::store(out, pixels);
@@ -405,7 +382,7 @@ struct Yuy2Texels {
     static auto total(typename T::V sums) {
         return T::add_dwords(sums, T::third_dword_first(sums));
     }
-    static constexpr int kOutBytes = 2;
+    static constexpr int kPixelBytes = 2;
     /// Of two pixels in a row: Y U . V, and Y . . . of the second.
     template <class T>
     static void store(uint8_t* out, typename T::V pixels) {
@@ -473,42 +450,36 @@ private:
 /// The average of a box.
 template <class Format, int kColumnBox, int kRowBox>
 struct BoxSampler {
-    static constexpr int kOutBytes = Format::kOutBytes;
-    static constexpr int kTexelsToWindow = Format::kTexelsToWindow;
-    static constexpr bool kTapsInside = kRowBox != 192;  // its last place needs two lines of three
     static constexpr int kRows = taps(kRowBox);
     static constexpr int kWindowTexels = taps(kColumnBox) + Format::kTexelsToWindow - 1;
     static constexpr int kHalves = (kWindowTexels + Format::kHalfTexels - 1) / Format::kHalfTexels;
     /// Two lines of half a window fit into one.
     static constexpr bool kRowsInOne = kRows == 2 && kHalves == 1;
-    static constexpr int kWindowBytes = kHalves * 8;
-    /// Every texel of a window weighs something somewhere: windows are never moved.
+    /// Every texel of a window weighs something somewhere.
     static constexpr bool kExact = kRowsInOne && kWindowTexels == Format::kHalfTexels && Format::kTexelsToWindow == 1;
-    static constexpr bool kWindowsMove = !kExact;
-
-    static Geometry geometry(const SpanTexture& texture) {
-        Geometry geometry = exact_geometry(texture, Format::kTexelShift, taps(kColumnBox), kRows);
-        const int64_t last = texture_bytes(texture, Format::kTexelShift, kTexelsToWindow) -
-                             (kRows - 1) * int64_t{texture.pitch} - kWindowBytes;
-        geometry.last_offset = static_cast<int32_t>(last < 0 ? -1 : last > INT32_MAX ? INT32_MAX : last);
-        return geometry;
-    }
+    static constexpr Windows kWindows = {
+        .texel_shift = Format::kTexelShift,
+        .columns = taps(kColumnBox),
+        .lines = kRows,
+        .texels_to_window = Format::kTexelsToWindow,
+        .bytes = kExact ? 0 : kHalves * 8,
+        .taps_inside = kRowBox != 192,  // its last place needs two lines of three
+    };
 
     template <class T>
-    __attribute__((noinline)) static void sample(const SpanTexture& texture, const Places& places, int count,
-                                                 const uint8_t* ahead, uint8_t* out) {
+    static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
         using V = typename T::V;
-        for (int i = 0; i < count; i += T::kPixels) {
-            prefetch_ahead<T>(ahead, places, i);
-            const V fraction = T::load(places.fraction + i);
+        for (int i = 0; i < block.count; i += T::kPixels) {
+            const int32_t* const offset = block.places.offset + i;
+            prefetch_ahead<T>(texture.pixels, span, offset);
+            const V fraction = T::load(block.places.fraction + i);
             const LineWeights<T, kRowBox> lines(fraction);
             const V columns = kExact ? lines.first_two : fraction;
-            const int32_t* const offset = places.offset + i;
             const V a = pixels<T, 0>(texture, offset, columns, lines),
                     b = pixels<T, 1>(texture, offset, columns, lines),
                     c = pixels<T, 2>(texture, offset, columns, lines),
                     d = pixels<T, 3>(texture, offset, columns, lines);
-            Format::template store<T>(out + i * kOutBytes, T::pack(a, b, c, d));
+            Format::template store<T>(block.out + i * Format::kPixelBytes, T::pack(a, b, c, d));
         }
     }
 
@@ -621,46 +592,43 @@ void gather_taps(const SpanTexture& texture, const int32_t* offset, uint32_t* up
 }
 
 /// Weights of a weight map.
-struct BilinearWeights : ExactWindows {
-    static constexpr int kOutBytes = 2;
-    static Geometry geometry(const SpanTexture& texture) { return exact_geometry(texture, 1, 2, 2); }
+struct BilinearWeights {
+    static constexpr Windows kWindows = {1, 2, 2, 1, 0, true};
 
     /// Words are taken as signed, 32768 less: four taps of them stay below 2^31.
     template <class T>
-    __attribute__((noinline)) static void sample(const SpanTexture& texture, const Places& places, int count,
-                                                 const uint8_t* ahead, uint8_t* out) {
+    static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
         constexpr uint32_t kSigned = 0x80008000, kRound = 8192;
-        for (int i = 0; i < count; i += T::kPixels) {
-            prefetch_ahead<T>(ahead, places, i);
+        for (int i = 0; i < block.count; i += T::kPixels) {
+            const int32_t* const offset = block.places.offset + i;
+            prefetch_ahead<T>(texture.pixels, span, offset);
             alignas(64) uint32_t upper[T::kPixels], lower[T::kPixels], words[T::kPixels];
-            gather_taps<T, uint32_t>(texture, places.offset + i, upper, lower);
-            const TapWeights<T> weights(T::load(places.fraction + i));
+            gather_taps<T, uint32_t>(texture, offset, upper, lower);
+            const TapWeights<T> weights(T::load(block.places.fraction + i));
             const auto weighted = [](const uint32_t* taps, auto weight) {
                 return T::multiply_pairs(T::bit_xor(T::load(taps), T::dwords(kSigned)), weight);
             };
             const auto sum = T::add_dwords(weighted(upper, weights.upper), weighted(lower, weights.lower));
             T::store(words, T::template shift_right_dwords<14>(T::add_dwords(sum, T::dwords((32768u << 14) + kRound))));
             for (int k = 0; k < T::kPixels; ++k)
-                __builtin_memcpy(out + (i + k) * kOutBytes, words + k, kOutBytes);
+                __builtin_memcpy(block.out + (i + k) * 2, words + k, 2);
         }
     }
 };
 
 /// The strength of a tint, 0..255, in 32 bits.
-struct BilinearStrength : ExactWindows {
-    static constexpr bool kTapsInside = false;  // filter 0 goes to the last texel
-    static constexpr int kOutBytes = 4;
-    static Geometry geometry(const SpanTexture& texture) { return exact_geometry(texture, 0, 2, 2); }
+struct BilinearStrength {
+    static constexpr Windows kWindows = {0, 2, 2, 1, 0, false};  // filter 0 goes to the last texel
 
     template <class T>
-    __attribute__((noinline)) static void sample(const SpanTexture& texture, const Places& places, int count,
-                                                 const uint8_t* ahead, uint8_t* out) {
+    static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
         constexpr uint32_t kRound = 8192;
-        for (int i = 0; i < count; i += T::kPixels) {
-            prefetch_ahead<T>(ahead, places, i);
+        for (int i = 0; i < block.count; i += T::kPixels) {
+            const int32_t* const offset = block.places.offset + i;
+            prefetch_ahead<T>(texture.pixels, span, offset);
             alignas(64) uint32_t upper[T::kPixels], lower[T::kPixels];
-            gather_taps<T, uint16_t>(texture, places.offset + i, upper, lower);
-            const TapWeights<T> weights(T::load(places.fraction + i));
+            gather_taps<T, uint16_t>(texture, offset, upper, lower);
+            const TapWeights<T> weights(T::load(block.places.fraction + i));
             const auto weighted = [](const uint32_t* taps, auto weight) {
                 const auto two = T::load(taps);
                 const auto words = T::bit_or(T::bit_and(two, T::dwords(0xff)),
@@ -668,18 +636,12 @@ struct BilinearStrength : ExactWindows {
                 return T::multiply_pairs(words, weight);
             };
             const auto sum = T::add_dwords(weighted(upper, weights.upper), weighted(lower, weights.lower));
-            T::store(out + i * kOutBytes, T::template shift_right_dwords<14>(T::add_dwords(sum, T::dwords(kRound))));
+            T::store(block.out + i * 4, T::template shift_right_dwords<14>(T::add_dwords(sum, T::dwords(kRound))));
         }
     }
 };
 
 // ---------------------------------------------------------------- pass 3: into the destination
-
-/// A block's pixels `first` to `first + count - 1`. Its first pixel may lie left of the span.
-struct Block {
-    int32_t first;
-    int count;
-};
 
 /// A line's stores wait for its memory where the lines before did not bring it along.
 template <class T>
@@ -694,11 +656,10 @@ struct WritePixels {
     static constexpr int kAlign = 1;
 
     template <class T>
-    __attribute__((noinline)) static void write(const Span& span, const Block& block, const uint8_t* pixels,
-                                                const uint32_t*) {
+    static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
         uint8_t* const at = span.line + ptrdiff_t{block.first} * kBytes;
         prefetch_later<T>(span, at, block.count * kBytes);
-        __builtin_memcpy(at, pixels, static_cast<size_t>(block.count) * kBytes);
+        __builtin_memcpy(at, block.out, static_cast<size_t>(block.count) * kBytes);
     }
 };
 
@@ -707,18 +668,17 @@ struct WritePairs {
     static constexpr int kAlign = 2;
 
     template <class T>
-    __attribute__((noinline)) static void write(const Span& span, const Block& block, uint8_t* pixels,
-                                                const uint32_t*) {
+    static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 2;
         prefetch_later<T>(span, at, block.count * 2);
         if (block.first < span.first) {
-            pixels[0] = at[0];
-            pixels[1] = at[1];
-            pixels[3] = at[3];
+            block.out[0] = at[0];
+            block.out[1] = at[1];
+            block.out[3] = at[3];
         }
-        __builtin_memcpy(at, pixels, static_cast<size_t>(block.count) * 2);
+        __builtin_memcpy(at, block.out, static_cast<size_t>(block.count) * 2);
         if (block.count % 2 != 0)
-            at[block.count * 2 + 1] = pixels[block.count * 2 + 1];
+            at[block.count * 2 + 1] = block.out[block.count * 2 + 1];
     }
 };
 
@@ -739,12 +699,11 @@ struct MergePixels {
     static constexpr int kAlign = 1;
 
     template <class T>
-    __attribute__((noinline)) static void write(const Span& span, const Block& block, const uint8_t* pixels,
-                                                const uint32_t* drawn) {
+    static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 4;
         prefetch_later<T>(span, at, block.count * 4);
         for (int i = 0; i < block.count; ++i)
-            merge(at + 4 * i, load_dword(pixels + 4 * i), drawn[i]);
+            merge(at + 4 * i, load_dword(block.out + 4 * i), block.drawn[i]);
     }
 };
 
@@ -753,14 +712,13 @@ struct MergePairs {
     static constexpr int kAlign = 2;
 
     template <class T>
-    __attribute__((noinline)) static void write(const Span& span, const Block& block, const uint8_t* pixels,
-                                                const uint32_t* drawn) {
+    static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
         constexpr uint32_t kSecondLuma = 0x00ff0000;
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 2;
         prefetch_later<T>(span, at, block.count * 2);
         for (int i = 0; i < block.count; i += 2) {
-            const uint32_t second = i + 1 < block.count ? drawn[i + 1] : 0;
-            merge(at + 2 * i, load_dword(pixels + 2 * i), (drawn[i] & ~kSecondLuma) | (second & kSecondLuma));
+            const uint32_t second = i + 1 < block.count ? block.drawn[i + 1] : 0;
+            merge(at + 2 * i, load_dword(block.out + 2 * i), (block.drawn[i] & ~kSecondLuma) | (second & kSecondLuma));
         }
     }
 };
@@ -770,8 +728,7 @@ struct TintPixels {
     static constexpr int kAlign = 1;
 
     template <class T>
-    __attribute__((noinline)) static void write(const Span& span, const Block& block, const uint8_t* strengths,
-                                                const uint32_t*) {
+    static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
         alignas(64) uint8_t pixels[kBlock * 4];
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 4;
         const size_t bytes = static_cast<size_t>(block.count) * 4;
@@ -785,7 +742,7 @@ struct TintPixels {
         };
         for (int i = 0; i < block.count; i += T::kPixels) {
             const auto d = T::load(pixels + 4 * i);
-            const auto strength = T::load(strengths + 4 * i);  // the fourth byte's is 0
+            const auto strength = T::load(block.out + 4 * i);  // the fourth byte's is 0
             const auto even = tint(T::bit_and(d, low_bytes), even_color,
                                    T::bit_or(strength, T::template shift_left_dwords<16>(strength)));
             const auto odd = tint(T::template shift_right<8>(d), odd_color, strength);
@@ -800,8 +757,7 @@ struct TintPairs {
     static constexpr int kAlign = 2;
 
     template <class T>
-    __attribute__((noinline)) static void write(const Span& span, const Block& block, uint8_t* strengths,
-                                                const uint32_t*) {
+    static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
         alignas(64) uint8_t pairs[kBlock * 2 + 4];
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 2;
         const size_t bytes = static_cast<size_t>(block.count + 1) / 2 * 4;
@@ -813,7 +769,7 @@ struct TintPairs {
         outside[3] = pairs[bytes - 2];
         alignas(64) uint32_t luma[kBlock / 2], chroma[kBlock / 2];
         for (int i = 0; i < block.count; i += T::kPixels) {
-            const auto two = T::load(strengths + 4 * i);
+            const auto two = T::load(block.out + 4 * i);
             T::store_even_dwords(chroma + i / 2, T::bit_or(two, T::template shift_left_dwords<16>(two)));
             T::store_even_dwords(luma + i / 2, T::bit_or(two, T::template shift_right_qwords<16>(two)));
         }
@@ -842,42 +798,42 @@ struct TintPairs {
 
 // ---------------------------------------------------------------- kernels
 
-template <class T, class Projection, class Sampler, class Writer, class Place>
-void draw_blocks(const SpanTexture& texture, const Span& span, const Place& place) {
-    Projection projection(span);
-    const auto* const ahead = reinterpret_cast<const uint8_t*>(reinterpret_cast<uintptr_t>(texture.pixels) +
-                                                               static_cast<uintptr_t>(span.later_texels));
-    Places places;
-    alignas(64) uint8_t out[kBlock * Sampler::kOutBytes + 4];
+/// A kernel.
+struct Passes {
+    Windows windows;
+    int align;  ///< blocks begin with a multiple of it
+    Pass *locate_near, *locate_far, *sample, *write;
+};
+
+/// Left to the plain kernel: what the geometry does not serve.
+template <class T>
+void draw_in_passes(const Passes& passes, SpanKernel* plain, const SpanTexture& texture, const Span& span) {
+    const Geometry geometry = geometry_of(texture, passes.windows);
+    if (!geometry.serves)
+        return plain(texture, span);
+    Pass* const locate = passes.windows.taps_inside && is_near(texture) ? passes.locate_near : passes.locate_far;
     Block block;
-    for (block.first = span.first & -Writer::kAlign; block.first <= span.last; block.first += kBlock) {
+    for (block.first = span.first & -passes.align; block.first <= span.last; block.first += kBlock) {
         block.count = span.last - block.first < kBlock ? span.last - block.first + 1 : kBlock;
-        if constexpr (Projection::kTestsDepth) {
-            alignas(64) uint32_t drawn[kBlock];
-            projection.locate(block.first, block.count, place, places, drawn);
-            Sampler::template sample<T>(texture, places, block.count, ahead, out);
-            Writer::template write<T>(span, block, out, drawn);
-        } else {
-            projection.locate(block.first, block.count, place, places);
-            Sampler::template sample<T>(texture, places, block.count, ahead, out);
-            Writer::template write<T>(span, block, out, nullptr);
-        }
+        locate(texture, geometry, span, block);
+        passes.sample(texture, geometry, span, block);
+        passes.write(texture, geometry, span, block);
     }
+    T::finish();
 }
 
-/// Left to the plain kernel of the same cell: textures that are too small for windows, or too large for offsets.
 template <class T, SpanGroup kGroup, int kFilter, class Projection, class Sampler, class Writer>
 void draw_span(const SpanTexture& texture, const Span& span) {
-    using Near = NearPlacer<T, Sampler::kTexelsToWindow, Sampler::kWindowsMove>;
-    using Far = FarPlacer<T, Sampler::kTexelsToWindow>;
-    const Geometry geometry = Sampler::geometry(texture);
-    if (!serves<Sampler>(texture, geometry))
-        kSpansPlain.kernel[kGroup][kFilter](texture, span);
-    else if (Sampler::kTapsInside && Near::serves(texture))
-        draw_blocks<T, Projection, Sampler, Writer>(texture, span, Near(texture, geometry));
-    else
-        draw_blocks<T, Projection, Sampler, Writer>(texture, span, Far(texture, geometry));
-    T::finish();
+    constexpr int kTexelsToWindow = Sampler::kWindows.texels_to_window;
+    static constexpr Passes kPasses = {
+        .windows = Sampler::kWindows,
+        .align = Writer::kAlign,
+        .locate_near = Projection::template locate<T, NearPlacer<T, kTexelsToWindow, Sampler::kWindows.bytes != 0>>,
+        .locate_far = Projection::template locate<T, FarPlacer<T, kTexelsToWindow>>,
+        .sample = Sampler::template sample<T>,
+        .write = Writer::template write<T>,
+    };
+    draw_in_passes<T>(kPasses, kSpansPlain.kernel[kGroup][kFilter], texture, span);
 }
 
 template <class T, SpanGroup kGroup, class Projection, class Writer, class Format, class First, int... kIndex>
@@ -894,20 +850,20 @@ template <class T>
 constexpr SpanSet span_set() {
     constexpr auto boxes = std::make_integer_sequence<int, kSpanFilters - 1>();
     SpanSet set{};
-    fill_boxes<T, kSpanYuy2Affine, Affine<T>, WritePairs, Yuy2Texels, NearestPair>(set, boxes);
-    fill_boxes<T, kSpanYuy2Persp, Perspective<T>, WritePairs, Yuy2Texels, NearestPair>(set, boxes);
-    fill_boxes<T, kSpanYuy2Depth, DepthTested<T>, MergePairs, Yuy2Texels, NearestPair>(set, boxes);
-    fill_boxes<T, kSpanRgbqAffine, Affine<T>, WritePixels<4>, RgbqTexels, Nearest<2>>(set, boxes);
-    fill_boxes<T, kSpanRgbqPersp, Perspective<T>, WritePixels<4>, RgbqTexels, Nearest<2>>(set, boxes);
-    fill_boxes<T, kSpanRgbqDepth, DepthTested<T>, MergePixels, RgbqTexels, Nearest<2>>(set, boxes);
-    set.kernel[kSpanPwrwAffine][0] = draw_span<T, kSpanPwrwAffine, 0, Affine<T>, Nearest<1>, WritePixels<2>>;
-    set.kernel[kSpanPwrwAffine][1] = draw_span<T, kSpanPwrwAffine, 1, Affine<T>, BilinearWeights, WritePixels<2>>;
-    set.kernel[kSpanPwrwPersp][0] = draw_span<T, kSpanPwrwPersp, 0, Perspective<T>, Nearest<1>, WritePixels<2>>;
-    set.kernel[kSpanPwrwPersp][1] = draw_span<T, kSpanPwrwPersp, 1, Perspective<T>, BilinearWeights, WritePixels<2>>;
-    set.kernel[kSpanA8TintYuy2][0] = draw_span<T, kSpanA8TintYuy2, 0, Perspective<T>, BilinearStrength, TintPairs>;
-    set.kernel[kSpanA8TintYuy2][1] = draw_span<T, kSpanA8TintYuy2, 1, Perspective<T>, BilinearStrength, TintPairs>;
-    set.kernel[kSpanA8TintRgbq][0] = draw_span<T, kSpanA8TintRgbq, 0, Perspective<T>, BilinearStrength, TintPixels>;
-    set.kernel[kSpanA8TintRgbq][1] = draw_span<T, kSpanA8TintRgbq, 1, Perspective<T>, BilinearStrength, TintPixels>;
+    fill_boxes<T, kSpanYuy2Affine, Affine, WritePairs, Yuy2Texels, NearestPair>(set, boxes);
+    fill_boxes<T, kSpanYuy2Persp, Perspective, WritePairs, Yuy2Texels, NearestPair>(set, boxes);
+    fill_boxes<T, kSpanYuy2Depth, DepthTested, MergePairs, Yuy2Texels, NearestPair>(set, boxes);
+    fill_boxes<T, kSpanRgbqAffine, Affine, WritePixels<4>, RgbqTexels, Nearest<2>>(set, boxes);
+    fill_boxes<T, kSpanRgbqPersp, Perspective, WritePixels<4>, RgbqTexels, Nearest<2>>(set, boxes);
+    fill_boxes<T, kSpanRgbqDepth, DepthTested, MergePixels, RgbqTexels, Nearest<2>>(set, boxes);
+    set.kernel[kSpanPwrwAffine][0] = draw_span<T, kSpanPwrwAffine, 0, Affine, Nearest<1>, WritePixels<2>>;
+    set.kernel[kSpanPwrwAffine][1] = draw_span<T, kSpanPwrwAffine, 1, Affine, BilinearWeights, WritePixels<2>>;
+    set.kernel[kSpanPwrwPersp][0] = draw_span<T, kSpanPwrwPersp, 0, Perspective, Nearest<1>, WritePixels<2>>;
+    set.kernel[kSpanPwrwPersp][1] = draw_span<T, kSpanPwrwPersp, 1, Perspective, BilinearWeights, WritePixels<2>>;
+    set.kernel[kSpanA8TintYuy2][0] = draw_span<T, kSpanA8TintYuy2, 0, Perspective, BilinearStrength, TintPairs>;
+    set.kernel[kSpanA8TintYuy2][1] = draw_span<T, kSpanA8TintYuy2, 1, Perspective, BilinearStrength, TintPairs>;
+    set.kernel[kSpanA8TintRgbq][0] = draw_span<T, kSpanA8TintRgbq, 0, Perspective, BilinearStrength, TintPixels>;
+    set.kernel[kSpanA8TintRgbq][1] = draw_span<T, kSpanA8TintRgbq, 1, Perspective, BilinearStrength, TintPixels>;
     return set;
 }
 
