@@ -105,13 +105,13 @@ typedef struct Bitmap {
     uint32_t format;         /* BMP_FMT_..., as passed                                                       */
 } Bitmap;
 
-/* A polygon's corner: five floats, 20 bytes. */
+/* A polygon's corner: five floats, 20 bytes. Positions count from the top left corner of pixel (0, 0). */
 typedef struct BmpVertex {
-    float u; /* source x, pixels                                          */
-    float v; /* source y, frame lines (halved inside for a field source)  */
-    float w; /* perspective weight; the same at every vertex = affine     */
-    float x; /* destination x, pixels; pixel centres at integer + 0.5     */
-    float y; /* destination y, frame lines                                */
+    float u; /* source x, pixels                                                                         */
+    float v; /* source y, lines of the frame, also where one field of it is sampled                      */
+    float w; /* perspective weight, above 0: 1 / distance, in any unit; the same at every corner: affine */
+    float x; /* destination x, pixels                                                                    */
+    float y; /* destination y, lines of the frame                                                        */
 } BmpVertex;
 
 /* ---------------------------------------------------------------- bitmaps */
@@ -248,16 +248,44 @@ void BMP_CALL bmp_alpha_circle(Bitmap* bitmap, float cx, float cy, float radius,
 
 /* ---------------------------------------------------------------- mapping */
 
-/* Maps a source onto a polygon, or fills the polygon with a colour.
+/* Maps a source bitmap onto a polygon, tints the polygon through it, or fills the polygon with a colour.
  *   dst        destination, or null: then dst2 is the destination
- *   dst2       with dst: a coverage plane, A8 (0x80 = opaque) or PWRW (0x1000 = opaque), or null
- *   aux        depth buffer, one float per pixel, larger = nearer, or null
- *   tex_a      source bitmap; with BMP_MAP_EXTRA a tint colour, with BMP_MAP_SOLID the fill colour: BMP_INTEGER(colour)
- *   tex_b      source bitmap when tex_a is null or BMP_MAP_EXTRA is set; with BMP_MAP_SOLID: BMP_INTEGER(level)
- *   vertices   count corners, in order, convex, concave or self-crossing
- *   flags      field flags, BMP_MAP_...
- *   Combinations of formats that have no kernel draw nothing.
- * caller   dst2 and aux have dst's size; source and destination do not overlap. */
+ *   dst2       with dst: a coverage plane, or null. Where something is drawn an A8 plane becomes 128, a PWRW plane
+ *              4096, both in parts at anti-aliased edges; any other format stays unchanged.
+ *   aux        depth buffer, or null: one float per pixel, larger = nearer. A pixel is drawn where its w is above the
+ *              float, which then becomes w. The coverage plane is marked in any case.
+ *   tex_a      the source, or null; with BMP_MAP_EXTRA a colour: BMP_INTEGER(colour)
+ *   tex_b      the source where tex_a is null or BMP_MAP_EXTRA is set
+ *   vertices   count corners, in order; convex, concave or self-crossing: what is enclosed twice is outside
+ *   flags      BMP_FIELD        draws the lines of BMP_FIELD_ODD's parity only
+ *              BMP_FIELD_ODD    also without BMP_FIELD: of a source that was created as interlaced (create_flags 2 or
+ *                               3) one field is sampled, the odd one with this flag, else the even one
+ *              BMP_MAP_...      see there; BMP_MAP_ANTIALIAS has no effect with aux or BMP_MAP_NO_FILTER, BMP_MAP_SOLID
+ *                               none without BMP_MAP_EXTRA
+ *
+ *   source   destination                 what is drawn
+ *   YUY2     2 bytes a pixel or more     the source, in its own layout; with or without aux
+ *   RGBQ     4 bytes a pixel or more     the same
+ *   PWRW     PWRW                        the source; not with aux
+ *   A8       YUY2, RGBQ                  a tint, with BMP_MAP_EXTRA: the source says how far the picture goes toward
+ *                                        the colour tex_a, 255 = all the way (YUY2 0x00YYUUVV; RGBQ byte k in bits
+ *                                        8k..8k+7, byte 3 stays); neither with aux nor anti-aliased
+ *   Any other pair draws nothing. Without aux neither does BMP_MAP_EXTRA with a source other than A8.
+ *
+ *   Mapping averages a box of the source that is about as large as a destination pixel, up to 8 columns and 4 lines,
+ *   and held inside the source. BMP_MAP_NO_FILTER takes the nearest pixel (of an A8 source a bilinear sample).
+ *
+ *   With both BMP_MAP_EXTRA and BMP_MAP_SOLID nothing is sampled: YUY2 and RGBQ are filled with the colour tex_a
+ *   (YUY2 0x00YYUUVV; RGBQ byte k in bits 8k..8k+7) at the level BMP_INTEGER(level) in tex_b, with anti-aliased edges;
+ *   dst2 gets coverage times level; aux is not used. A level outside 1..4096 and other formats draw nothing.
+ *
+ *   Nothing is drawn either without a destination or a source, where count is below 1, an x or y is not finite, the
+ *   source has no pixel (a field of one line has none), or memory is short: very many corners, or very wide
+ *   anti-aliased lines, take one allocation.
+ *   Positions count to 1/4096 pixel and are held to +-2^19 pixels, with anti-aliased edges y to a third of that. Of a
+ *   source larger than 32768 in a direction the first 32768 count.
+ * caller   dst2 and aux are at least as wide and high as dst; aux has 4 bytes per pixel. Source, dst, dst2 and aux are
+ *          distinct. Every w is above 0; others, and a u or v that is not finite, give some picture. */
 void BMP_CALL bmp_map_polygon(Bitmap* dst, Bitmap* dst2, Bitmap* aux, const void* tex_a, const void* tex_b,
                               const BmpVertex* vertices, int32_t count, uint32_t flags);
 

@@ -16,7 +16,8 @@ Finisher finisher_of(const Bitmap& texture) {
     switch (texture.format) {
         case BMP_FMT_YUY2: return {cover_kernels.blend_yuy2, 2, true};
         case BMP_FMT_RGBQ: return {cover_kernels.blend_rgbq, 4, false};
-        default: return {cover_kernels.blend_pwrw, 2, false};
+        case BMP_FMT_PWRW: return {cover_kernels.blend_pwrw, 2, false};
+        default: return {};  // has no kernel
     }
 }
 

@@ -50,6 +50,7 @@ bool make_edge(const Ends& ends, int32_t order, int32_t line_limit, Edge& edge) 
             .low = ends.from.x < ends.to.x ? ends.from.x : ends.to.x,
             .high = ends.from.x < ends.to.x ? ends.to.x : ends.from.x,
             .order = order};
+    // Line by line, as the walk would: each addition rounds.
     for (; edge.first < 0; ++edge.first)
         edge.x = single(edge.x + edge.slope);
     return true;

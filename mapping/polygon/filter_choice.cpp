@@ -71,7 +71,7 @@ Vector reductions(const Texture& texture, const BmpVertex* vertices, int32_t cou
     return {u.size() / x.size(), v.size() / y.size() * texture.line_scale};
 }
 
-/// 16.16; the centre of the last texel, as an edge of the first.
+/// The last texel's position, 16.16.
 int32_t last_place(int32_t texels) { return (texels - 1) * kTexel; }
 
 /// -1: not even the smallest box fits. A reduction that is not a number takes the smallest.

@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+#include "core/kernel_tables.h"
+
 namespace zepbmp {
 namespace {
 
@@ -51,6 +53,20 @@ constexpr int tap_weight(int tap, int place, int box) {
     const int end = place + box < (tap + 1) * kFractions ? place + box : (tap + 1) * kFractions;
     return end > begin ? end - begin : 0;
 }
+
+/// A box is centred on the pixel, whose centre lies half a texel right of its position; its last place is the one from
+/// which the last texel is only just not left behind.
+template <int kClasses>
+constexpr bool follow_from_the_boxes(const FilterClass (&classes)[kClasses]) {
+    for (const FilterClass& c : classes) {
+        const int32_t length = c.box * (kTexel / kFractions);
+        if (c.offset != -length / 2 || c.margin != length - kTexel + 16)
+            return false;
+    }
+    return true;
+}
+static_assert(follow_from_the_boxes(kColumnClasses) && follow_from_the_boxes(kRowClasses));
+static_assert(kSpanFilters == 1 + kColumnClassCount * kRowClassCount);
 
 static_assert(taps(128) == 2 && taps(192) == 3 && taps(256) == 3 && taps(1024) == 9);
 

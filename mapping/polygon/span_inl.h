@@ -423,6 +423,8 @@ static_assert(divides_by_product(3) && divides_by_product(9));
 /// What the lines of a box weigh, two to a word: the first line in the lower byte. One word of each dword counts.
 template <class T, int kRowBox>
 struct LineWeights {
+    static_assert(kRowBox == 128 || kRowBox == 192 || kRowBox == 256 || kRowBox == 512,
+                  "two or three lines, or five whose inner ones are full");
     using V = typename T::V;
 
     V first_two, third;  ///< lines 0 and 1; 2, or of five lines 4
