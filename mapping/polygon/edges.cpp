@@ -56,6 +56,13 @@ bool make_edge(const Ends& ends, int32_t order, int32_t line_limit, Edge& edge) 
     return true;
 }
 
+// Comparisons stand in functions of this file alone, so that what the standard library makes of them does too.
+void sort_by_first_line(Edge* edges, int32_t count) {
+    std::sort(edges, edges + count, [](const Edge& a, const Edge& b) {
+        return a.first < b.first || (a.first == b.first && a.order < b.order);
+    });
+}
+
 }  // namespace
 
 bool is_finite(const BmpVertex* vertices, int32_t count) {
@@ -73,9 +80,7 @@ int32_t build_edges(const BmpVertex* vertices, int32_t count, int sub_lines, int
         if (make_edge(ends_of(vertices, count, order, sub_lines), order, line_limit, edges[built]))
             ++built;
     }
-    std::sort(edges, edges + built, [](const Edge& a, const Edge& b) {
-        return a.first < b.first || (a.first == b.first && a.order < b.order);
-    });
+    sort_by_first_line(edges, built);
     return built;
 }
 
