@@ -101,8 +101,9 @@ struct Span {
     ptrdiff_t later_texels, later_pixels;
 };
 
-/// Writes pixels first to last of the line, nothing else; touches nothing where first > last. The destination has the
-/// texture's layout, under a tint its own.
+/// Writes pixels first to last of the line; touches nothing where first > last. Bytes of the first and the last YUY2 pair
+/// that are not the span's may be written again as they were. The destination has the texture's layout, under a tint its
+/// own.
 using SpanKernel = void(const SpanTexture& texture, const Span& span);
 constexpr int kSpanFilters = 21;
 constexpr int kSpanGroups = 10;

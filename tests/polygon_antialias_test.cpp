@@ -70,6 +70,10 @@ TEST_P(PolygonRamps, SlantedEdgeWithinAPixel) {
     // 1.25 to 2, whose end is the pixel's own: (16384 - 5120 - 8192) / 2. 1 to 1.75: (16384 - 4096 - 7168) / 2.
     EXPECT_EQ(coverage_of_line(outline({{1.25f, 0}, {4, 0}, {4, 1}, {2, 1}}), 4), (Weights{0, 1536, 4096, 4096}));
     EXPECT_EQ(coverage_of_line(outline({{1, 0}, {4, 0}, {4, 1}, {1.75f, 1}}), 4), (Weights{0, 2560, 4096, 4096}));
+    // 2784 / 4096 wide, up to the pixel's own end: half of that, exactly. 2784^2 * (4096 / 2784) >> 13, with the quotient
+    // as a float, would be 1391.
+    EXPECT_EQ(coverage_of_line(outline({{2 - 2784.0f / 4096, 0}, {4, 0}, {4, 1}, {2, 1}}), 4),
+              (Weights{0, 1392, 4096, 4096}));
 }
 
 TEST_P(PolygonRamps, AreClippedLeftRightAndAbove) {
@@ -107,6 +111,15 @@ TEST_P(PolygonRamps, PastItsOwnEndAnEdgeIsUpright) {
     EXPECT_EQ(coverage_of_line(outline({{2, 0.125f}, {8, 0.125f}, {8, 1}, {4.625f, 1}}), 8),
               (Weights{0, 0, (1536 * 4096 + 10752 * 780) / 12288, (1536 * 4096 + 10752 * 2340) / 12288,
                        (1536 * 4096 + 10752 * 3792) / 12288, 4096, 4096, 4096}));
+}
+
+TEST_P(PolygonRamps, UprightPartWithinAPixel) {
+    // The same half a pixel further right: upright at 2.5, of which pixel 2 has 2048. Ramps of 195, 1560, 3120, 4084.
+    constexpr int kUpright = 1536, kSlanted = 10752, kBoth = 12288;
+    EXPECT_EQ(coverage_of_line(outline({{2.5f, 0.125f}, {8, 0.125f}, {8, 1}, {5.125f, 1}}), 8),
+              (Weights{0, 0, (kUpright * 2048 + kSlanted * 195) / kBoth, (kUpright * 4096 + kSlanted * 1560) / kBoth,
+                       (kUpright * 4096 + kSlanted * 3120) / kBoth, (kUpright * 4096 + kSlanted * 4084) / kBoth, 4096,
+                       4096}));
 }
 
 TEST_P(PolygonRamps, CrossingEdgesAreEvenOdd) {
@@ -214,6 +227,24 @@ TEST_P(PolygonSolid, Yuy2ChromaTakesTheMeanOfItsPair) {
     const OwnedBitmap half = make_filled(4, 1, BMP_FMT_YUY2, 100);
     fill(half, nullptr, 0xffc80a01, 2048, cut_);
     EXPECT_EQ(bytes_of_line(half, 0), (Bytes{137, 60, 150, 56, 137, 83, 100, 81}));
+}
+
+TEST_P(PolygonSolid, Yuy2MeanOfAPairIsTruncated) {
+    // Coverage 170, 1365, 2730, 3926: means of 767.5 and 3328. U is 16 at 768 / 4096, V 0; 16 * 767 / 4096 = 2.996.
+    const Polygon slanted = outline({{0.5f, 0}, {8, 0}, {8, 1}, {3.5f, 1}});
+    const OwnedBitmap dest = make_bitmap(8, 1, BMP_FMT_YUY2);
+    fill(dest, nullptr, 0x001000, 4096, slanted);
+    EXPECT_EQ(bytes_at(line(dest, 0), 8), (Bytes{0, 2, 0, 0, 0, 13, 0, 0}));
+    // At half level 383 of 4096, where 768 would give 384: 32 * 383 / 4096 = 2.99.
+    const OwnedBitmap half = make_bitmap(8, 1, BMP_FMT_YUY2);
+    fill(half, nullptr, 0x002000, 2048, slanted);
+    EXPECT_EQ(bytes_at(line(half, 0), 8), (Bytes{0, 2, 0, 0, 0, 13, 0, 0}));
+    // The same of a texture.
+    const OwnedBitmap texture = make_bitmap(8, 2, BMP_FMT_YUY2), textured = make_bitmap(8, 1, BMP_FMT_YUY2);
+    for (int i = 1; i < 32; i += 4)
+        texture->pixels[i] = 16;
+    map_polygon({.dst = textured.get(), .tex_a = texture.get(), .flags = BMP_MAP_ANTIALIAS}, slanted);
+    EXPECT_EQ(bytes_at(line(textured, 0), 8), (Bytes{0, 2, 0, 0, 0, 13, 0, 0}));
 }
 
 TEST_P(PolygonSolid, Yuy2ChromaOfAnOddPixelAlone) {

@@ -344,9 +344,10 @@ TEST_P(PolygonSpans, DestinationsWithoutALineOrAPixelAreNotTouched) {
     // The destination's memory ends at its first pixel: touching it would be a fault.
     const OwnedBitmap texture = make_filled(8, 8, BMP_FMT_RGBQ, 1);
     Frame dest, plane, depth;
-    for (const auto& [width, height] : {std::pair{7, 0}, {0, 5}, {0, 0}}) {
+    for (const auto& size : {std::pair{7, 0}, {0, 5}, {0, 0}}) {
         const auto lay_out = [&](Frame& frame, int format) {
-            frame.lay_out({.width = width, .height = height, .format = format, .pitch = 32, .last_line_bytes = 0});
+            frame.lay_out(
+                {.width = size.first, .height = size.second, .format = format, .pitch = 32, .last_line_bytes = 0});
         };
         lay_out(dest, BMP_FMT_RGBQ);
         lay_out(plane, BMP_FMT_PWRW);
@@ -594,6 +595,18 @@ TEST_P(PolygonSpans, LevelEdgesCountForTheDirection) {
     map_polygon({.dst = map.get(), .tex_a = texture.get()},
                 {{2.5f, 0, 1, 0, 0}, {2.5f, 12, 1, 8, 0}, {2.5f, 24, 1, 8, 4}, {2.5f, 12, 1, 0, 4}});
     EXPECT_EQ(weights(map, 1)[3], 32 * (0 + 1 + 4 + 9 + 16 / 2));
+}
+
+TEST_P(PolygonSpans, ReductionIsMeasuredAlongTheTurnedSource) {
+    // A right triangle of 40 x 20, turned by 36.87 degrees and not scaled: both ratios are 1. Turned the other way the
+    // source would be 32 x 40 on 44 x 24: rv = 1.67, a box of two lines, which gives 500 everywhere. Of the pixel at (20,
+    // 12) the source position is 0.8 * 10.5 - 0.6 * 4.5 = 5.7 lines, less a half: 25/128 of line 6.
+    const OwnedBitmap texture = make_bitmap(41, 21, BMP_FMT_PWRW), map = make_weights(50, 27, kUntouched);
+    for (int y = 0; y < 21; y += 2)
+        for (int x = 0; x < 41; ++x)
+            weights(texture, y)[x] = 1000;
+    map_polygon({.dst = map.get(), .tex_a = texture.get()}, {{0, 0, 1, 16, 2}, {40, 0, 1, 48, 26}, {0, 20, 1, 4, 18}});
+    EXPECT_EQ(weights(map, 12)[20], 195) << "25000 / 128";
 }
 
 ZEPBMP_FOR_ALL_TABLES(PolygonSpans);

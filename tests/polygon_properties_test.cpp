@@ -20,9 +20,10 @@ constexpr uint32_t kSolid = BMP_MAP_EXTRA | BMP_MAP_SOLID;
 struct FilterClass {
     double ratio;
     double box;  ///< pixels or lines
+    int margin;  ///< how far before the last column or line the last position lies, 16.16
 };
-constexpr FilterClass kColumns[] = {{1, 1}, {1.5, 2}, {2.25, 3}, {3.5, 4}, {6, 8}};
-constexpr FilterClass kLines[] = {{1, 1}, {1.25, 1.5}, {1.75, 2}, {3, 4}};
+constexpr FilterClass kColumns[] = {{1, 1, 16}, {1.5, 2, 65552}, {2.25, 3, 131088}, {3.5, 4, 196624}, {6, 8, 458768}};
+constexpr FilterClass kLines[] = {{1, 1, 16}, {1.25, 1.5, 32784}, {1.75, 2, 65552}, {3, 4, 196624}};
 
 /// A whole number of 4096ths.
 float exact(Random& random, int low, int high) {
@@ -174,38 +175,50 @@ int box_weight(int i, int start, double box) {
     return std::max(0, std::min(end, 128 * (i + 1)) - std::max(start, 128 * i));
 }
 
+/// Where the box of a pixel begins, in 128ths of a source of `size`: from the centre's position, held to the source.
+int box_start(double centre, const FilterClass& filter, int size) {
+    const double last = (size - 1) - filter.margin / 65536.0;
+    return static_cast<int>(128 * std::clamp(centre - filter.box / 2, 0.0, last));
+}
+
 TEST_P(PolygonProperties, EveryFilterIsTheBoxOfItsClass) {
+    constexpr int kSourceWidth = 100, kSourceHeight = 50;
     for (const int format : {BMP_FMT_PWRW, BMP_FMT_RGBQ}) {
-        const OwnedBitmap texture = make_noise(100, 50, format, 3);
+        const OwnedBitmap texture = make_noise(kSourceWidth, kSourceHeight, format, 3);
         const auto sample = [&](int column, int row, int channel) {
             return format == BMP_FMT_PWRW ? int{weights(texture, row)[column]}
                                           : int{line(texture, row)[4 * column + channel]};
         };
-        for (const FilterClass& across : kColumns) {
-            for (const FilterClass& down : kLines) {
-                constexpr int kLeft = 10, kTop = 8;
-                const OwnedBitmap dest = make_bitmap(12, 8, format);
-                map_polygon({.dst = dest.get(), .tex_a = texture.get()},
-                            quad({0, 0, 12, 8}, {kLeft, kTop, static_cast<float>(kLeft + 12 * across.ratio),
-                                                 static_cast<float>(kTop + 8 * down.ratio)}));
-                for (int y = 0; y < 8; ++y) {
-                    const int v = static_cast<int>(128 * (kTop + (y + 0.5) * down.ratio - down.box / 2));
-                    for (int x = 0; x < 12; ++x) {
-                        const int u = static_cast<int>(128 * (kLeft + (x + 0.5) * across.ratio - across.box / 2));
-                        for (int channel = 0; channel < (format == BMP_FMT_PWRW ? 1 : 4); ++channel) {
-                            int64_t sum = 0, total = 0;
-                            for (int row = v / 128; row <= v / 128 + 5; ++row)
-                                for (int column = u / 128; column <= u / 128 + 9; ++column) {
-                                    const int weight = box_weight(row, v, down.box) * box_weight(column, u, across.box);
-                                    total += weight;
-                                    if (weight)
-                                        sum += int64_t{weight} * sample(column, row, channel);
-                                }
-                            const int64_t want = (sum + total / 2) / total;
-                            const int got =
-                                format == BMP_FMT_PWRW ? int{weights(dest, y)[x]} : int{line(dest, y)[4 * x + channel]};
-                            ASSERT_EQ(got, want) << "format " << format << " ratios " << across.ratio << " "
-                                                 << down.ratio << " at " << x << ", " << y << " channel " << channel;
+        // In the middle of the source, over its beginning, over its end.
+        for (const auto& [left, top] : {std::pair{10, 8}, {-5, -4}, {94, 45}}) {
+            for (const FilterClass& across : kColumns) {
+                for (const FilterClass& down : kLines) {
+                    const OwnedBitmap dest = make_bitmap(12, 8, format);
+                    map_polygon({.dst = dest.get(), .tex_a = texture.get()},
+                                quad({0, 0, 12, 8}, {static_cast<float>(left), static_cast<float>(top),
+                                                     static_cast<float>(left + 12 * across.ratio),
+                                                     static_cast<float>(top + 8 * down.ratio)}));
+                    for (int y = 0; y < 8; ++y) {
+                        const int v = box_start(top + (y + 0.5) * down.ratio, down, kSourceHeight);
+                        for (int x = 0; x < 12; ++x) {
+                            const int u = box_start(left + (x + 0.5) * across.ratio, across, kSourceWidth);
+                            for (int channel = 0; channel < (format == BMP_FMT_PWRW ? 1 : 4); ++channel) {
+                                int64_t sum = 0, total = 0;
+                                for (int row = v / 128; row <= v / 128 + 5; ++row)
+                                    for (int column = u / 128; column <= u / 128 + 9; ++column) {
+                                        const int weight =
+                                            box_weight(row, v, down.box) * box_weight(column, u, across.box);
+                                        total += weight;
+                                        if (weight)
+                                            sum += int64_t{weight} * sample(column, row, channel);
+                                    }
+                                const int64_t want = (sum + total / 2) / total;
+                                const int got = format == BMP_FMT_PWRW ? int{weights(dest, y)[x]}
+                                                                       : int{line(dest, y)[4 * x + channel]};
+                                ASSERT_EQ(got, want)
+                                    << "format " << format << " ratios " << across.ratio << " " << down.ratio << " at "
+                                    << x << ", " << y << " channel " << channel << " source from " << left;
+                            }
                         }
                     }
                 }

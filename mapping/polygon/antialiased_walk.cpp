@@ -5,7 +5,7 @@ namespace {
 
 int32_t sub_line_limit(int32_t height) {
     constexpr int32_t kMost = INT32_MAX / kSubLines;
-    return (height < kMost ? height : kMost) * kSubLines;
+    return height <= 0 ? 0 : (height < kMost ? height : kMost) * kSubLines;
 }
 
 /// The pixels that edges can touch.

@@ -42,7 +42,7 @@ public:
     }
 
 private:
-    static constexpr size_t kAlignment = 16;
+    static constexpr size_t kAlignment = 8;  // malloc gives no more on every target
 
     alignas(kAlignment) uint8_t local_[size_t{48} << 10];
     uint8_t *start_ = local_, *next_ = local_;

@@ -10,11 +10,11 @@ void fill_cover_kernels(int level, int register_bytes) {
     // clang-format off
     static constexpr const CoverKernels* kColumns[kKernelColumns] = {
         // by level: 0 to 4
-        &kCoverPlain, &kCoverPlain, &kCoverPlain, &kCoverPlain, &kCoverPlain,
+        &kCoverPlain, &kCoverPlain, &kCoverPlain, &kCoverPlain, &kCoverSse2,
         // at level 4, registers of 16, 32 and 64 bytes
-        &kCoverPlain, &kCoverPlain,
+        &kCoverSse2, &kCoverAvx2,
 #if defined(ZEPBMP_HAVE_AVX512)
-        &kCoverPlain,
+        &kCoverAvx512,
 #endif
     };
     // clang-format on

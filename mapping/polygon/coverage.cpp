@@ -53,6 +53,11 @@ void set(uint16_t* coverage, int32_t first, int32_t end, int32_t value) {
         coverage[x] = static_cast<uint16_t>(value);
 }
 
+// The comparison stands in a function of this file alone, so that what the standard library makes of it does too.
+void sort_by_first_pixel(PixelRange* ranges, int32_t count) {
+    std::sort(ranges, ranges + count, [](const PixelRange& a, const PixelRange& b) { return a.first < b.first; });
+}
+
 }  // namespace
 
 EdgeCover::EdgeCover(const Crossing& crossing, int lines, int32_t width) {
@@ -141,18 +146,17 @@ void CoverageLine::add(int sub_line, const EdgeCover* edges, int32_t count) {
         cover_pixels(edges[i], ramp_);
         int32_t reached = 0;
         for (int32_t x = first; x < end; ++x) {
-            change[x] += sign * (ramp_[x] - reached);
+            change[x] = wrapping_add(change[x], sign * (ramp_[x] - reached));
             reached = ramp_[x];
         }
-        change[end] += sign * (kWeightFull - reached);
+        change[end] = wrapping_add(change[end], sign * (kWeightFull - reached));
         reaches_[reach_count_++] = {even_below(first), even_below(end) + 2};
     }
 }
 
 template <int kLines>
 void CoverageLine::sum_up() {
-    std::sort(reaches_, reaches_ + reach_count_,
-              [](const PixelRange& a, const PixelRange& b) { return a.first < b.first; });
+    sort_by_first_pixel(reaches_, reach_count_);
     int32_t sum[kLines] = {};
     const auto mean = [&] {
         int32_t total = 0;
@@ -168,7 +172,7 @@ void CoverageLine::sum_up() {
         add_run(at, reach.first, mean());
         for (at = reach.first; at < reach.end; ++at) {
             for (int line = 0; line < kLines; ++line) {
-                sum[line] += change_[line][at];
+                sum[line] = wrapping_add(sum[line], change_[line][at]);
                 change_[line][at] = 0;
             }
             coverage_[at] = static_cast<uint16_t>(mean());

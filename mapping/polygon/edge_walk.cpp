@@ -2,27 +2,33 @@
 
 #include <algorithm>
 
-#include "core/arithmetic.h"
-
 namespace zepbmp {
 
-void EdgeWalk::sort() {
-    std::sort(active_, active_ + count_, [](const Edge* a, const Edge* b) { return a->before(*b); });
+void EdgeWalk::add() {
+    same_ = false;
+    for (; next_ != end_ && next_->first == line_; ++next_) {
+        active_[count_++] = next_;
+        first_end_ = std::min(first_end_, next_->end);
+    }
 }
 
-void EdgeWalk::leave() {
-    ++line_;
+void EdgeWalk::remove() {
+    same_ = false;
+    first_end_ = INT32_MAX;
     int32_t kept = 0;
     for (int32_t i = 0; i < count_; ++i) {
         Edge* const edge = active_[i];
         if (edge->end <= line_)
             continue;
-        edge->x = single(edge->x + edge->slope);
+        first_end_ = std::min(first_end_, edge->end);
         active_[kept++] = edge;
     }
     count_ = kept;
-    if (count_ == 0 && next_ != end_)
-        line_ = next_->first;
+}
+
+void EdgeWalk::sort() {
+    same_ = false;
+    std::sort(active_, active_ + count_, [](const Edge* a, const Edge* b) { return a->before(*b); });
 }
 
 }  // namespace zepbmp

@@ -2,6 +2,7 @@
 /// The walk over a polygon's lines: which edges cross a line, from left to right.
 #pragma once
 
+#include "core/arithmetic.h"
 #include "mapping/polygon/edges.h"
 
 namespace zepbmp {
@@ -16,31 +17,46 @@ public:
     bool done() const { return next_ == end_ && count_ == 0; }
     int32_t line() const { return line_; }
 
-    /// Takes in the edges that begin on this line and puts all in order.
-    void enter() {
-        while (next_ != end_ && next_->first == line_)
-            active_[count_++] = next_++;
+    /// Takes in the edges that begin on this line and puts all in order. True: they are those of the line before, in
+    /// the same order.
+    bool enter() {
+        if (next_ != end_ && next_->first == line_)
+            add();
         for (int32_t i = 1; i < count_; ++i) {
             if (active_[i]->before(*active_[i - 1])) {
                 sort();
                 break;
             }
         }
+        const bool same = same_;
+        same_ = true;
+        return same;
     }
 
     int32_t count() const { return count_; }
     const Edge& operator[](int32_t i) const { return *active_[i]; }
 
     /// Moves on to the next line that an edge crosses.
-    void leave();
+    void leave() {
+        if (++line_ == first_end_)
+            remove();
+        for (int32_t i = 0; i < count_; ++i)
+            active_[i]->x = single(active_[i]->x + active_[i]->slope);
+        if (count_ == 0 && next_ != end_)
+            line_ = next_->first;
+    }
 
 private:
+    void add();
+    void remove();
     void sort();
 
     Edge *next_, *end_;  // those that have not begun yet
     Edge** active_;
     int32_t count_ = 0;
     int32_t line_;
+    int32_t first_end_ = INT32_MAX;  // of the active edges
+    bool same_ = false;              // since the line before nothing was added, removed or sorted
 };
 
 }  // namespace zepbmp

@@ -1,6 +1,7 @@
 #include "mapping/polygon/edges.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "core/arithmetic.h"
 
@@ -35,6 +36,35 @@ Ends ends_of(const BmpVertex* vertices, int32_t count, int32_t order, int sub_li
 
 double height_of(const Ends& ends) { return double(int64_t{ends.to.y} - ends.from.y); }
 
+/// The exponent of a number and its sign.
+uint32_t binade(float value) { return std::bit_cast<uint32_t>(value) >> 23; }
+
+/// x after so many additions of slope, each of which rounds. As long as x stays in one binade the sum of a step is
+/// always rounded alike, but for the first: a tie goes to even once and stays there. So all steps but those next to a
+/// power of two are taken at once.
+float advanced(float x, float slope, int32_t lines) {
+    while (lines > 0) {
+        const float a = single(x + slope), b = single(a + slope), c = single(b + slope);
+        if (lines <= 3 || binade(a) != binade(c) || (binade(a) & 0xff) == 0) {
+            x = a;
+            --lines;
+            continue;
+        }
+        const double step = double{c} - b;
+        if (step == 0)
+            return c;
+        lines -= 3;
+        const float lower =
+            std::bit_cast<float>(binade(c) << 23);  // the binade's end next to 0; the other is twice that
+        const double room = (step < 0) == (c < 0) ? 2.0 * lower - c : double{lower} - c;
+        const double steps = room / step - 1;  // short of the end
+        const int32_t jump = steps < lines ? steps > 0 ? static_cast<int32_t>(steps) : 0 : lines;
+        x = static_cast<float>(c + jump * step);
+        lines -= jump;
+    }
+    return x;
+}
+
 /// False: it crosses none of the lines.
 bool make_edge(const Ends& ends, int32_t order, int32_t line_limit, Edge& edge) {
     const int32_t first = line_from(ends.from.y), last = line_from(ends.to.y);
@@ -50,9 +80,10 @@ bool make_edge(const Ends& ends, int32_t order, int32_t line_limit, Edge& edge) 
             .low = ends.from.x < ends.to.x ? ends.from.x : ends.to.x,
             .high = ends.from.x < ends.to.x ? ends.to.x : ends.from.x,
             .order = order};
-    // Line by line, as the walk would: each addition rounds.
-    for (; edge.first < 0; ++edge.first)
-        edge.x = single(edge.x + edge.slope);
+    if (first < 0) {
+        edge.x = advanced(edge.x, edge.slope, -first);
+        edge.first = 0;
+    }
     return true;
 }
 

@@ -28,6 +28,8 @@ struct Passes {
 /// Left to the plain kernel: what the geometry does not serve.
 template <class T>
 void draw_in_passes(const Passes& passes, SpanKernel* plain, const SpanTexture& texture, const Span& span) {
+    if (span.first > span.last)
+        return;
     const Geometry geometry = geometry_of(texture, passes.windows);
     if (!geometry.serves)
         return plain(texture, span);

@@ -9,10 +9,10 @@ namespace zepbmp {
 struct Texture {
     const uint8_t* pixels;  ///< of the first line sampled
     ptrdiff_t pitch;        ///< bytes from a line sampled to the next
-    int32_t columns, rows;  ///< at most kTextureLimit of each; none below 1
+    int32_t columns, rows;  ///< at most kTextureLimit of each; where one is below 1 there is nothing to sample
     int32_t texel_bytes;
-    double line_scale;      ///< lines sampled to a frame line: 1, or 0.5 in a field
-    int32_t line_offset;    ///< 16.16: where the field's lines lie against the frame's
+    double line_scale;    ///< lines sampled to a frame line: 1, or 0.5 in a field
+    int32_t line_offset;  ///< 16.16: where the field's lines lie against the frame's
 };
 
 constexpr int32_t kTextureLimit = 32768;  ///< the most columns or rows that 16.16 positions reach

@@ -1,0 +1,389 @@
+/// \file
+/// The coverage kernels, written once over a lane type (simd/lanes.md) and included by one file per instruction set.
+/// Everything here is local to the including file.
+///
+/// RGBQ and YUY2 go through registers in groups of four bytes, a pixel or a pair: even words of a register carry bytes
+/// 0 and 2 of a group, odd ones bytes 1 and 3. What does not fill a register at the end is loaded and stored group by
+/// group, so nothing past the pixels is read or written.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "mapping/polygon/cover_kernels.h"
+#include "simd/lanes_sse2.h"
+
+namespace zepbmp {
+namespace {
+
+constexpr int32_t kFull = 4096;  // of coverages and levels; of a ramp's ends a pixel
+
+// ---------------------------------------------------------------- ramps
+
+/// The area of a right-angled triangle with this side along the line; side <= kFull.
+int32_t triangle(int32_t side, double k) { return static_cast<int32_t>(double(side * side) * k) >> 13; }
+
+uint16_t ramp_at(int32_t x, const CoverRamp& ramp) {
+    const int64_t left = int64_t{x} * kFull, right = left + kFull;
+    int64_t area;
+    if (ramp.a >= left) {
+        if (ramp.b <= right)
+            area = (2 * right - ramp.a - ramp.b) >> 1;
+        else
+            area = triangle(static_cast<int32_t>(right - ramp.a), ramp.k);
+    } else if (ramp.b <= right) {
+        area = kFull - triangle(static_cast<int32_t>(ramp.b - left), ramp.k);
+    } else {
+        area = static_cast<int32_t>(double(left + kFull / 2 - ramp.a) * ramp.k);
+    }
+    return static_cast<uint16_t>(area);
+}
+
+/// Only the first and the last pixel may hold an end of the ramp. Between them the area grows by the same amount from
+/// pixel to pixel: positions are integers below 2^34, so double precision rounds the products alone.
+template <class L, class D>
+void ramp(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp) {
+    if (first >= end)
+        return;
+    coverage[first] = ramp_at(first, ramp);
+    const int32_t last = end - 1;
+    if (last == first)
+        return;
+    coverage[last] = ramp_at(last, ramp);
+    int32_t x = first + 1;
+    if (x + D::kLanes <= last) {
+        const auto k = D::all(ramp.k), step = D::all(double{kFull} * D::kLanes);
+        auto position =
+            D::add(D::all(double(int64_t{x} * kFull + kFull / 2 - ramp.a)), D::mul(D::counting(), D::all(kFull)));
+        for (; x + D::kLanes <= last; x += D::kLanes) {
+            D::store_truncated_words(coverage + x, D::mul(position, k));
+            position = D::add(position, step);
+        }
+        L::finish();
+    }
+    for (; x < last; ++x)
+        coverage[x] = ramp_at(x, ramp);
+}
+
+// ---------------------------------------------------------------- what is blended in
+
+/// A line of the destination's layout.
+template <class L>
+struct Line {
+    using V = typename L::V;
+    struct Bytes {
+        V v;
+        V even() const { return L::template even_bytes<4>(v); }
+        V odd() const { return L::template odd_bytes<4>(v); }
+    };
+    const uint8_t* pixels;
+
+    Bytes bytes(ptrdiff_t at) const { return {L::load(pixels + at)}; }
+    Bytes bytes(ptrdiff_t at, int groups) const { return {L::load_dwords(pixels + at, groups)}; }
+    V words(ptrdiff_t at) const { return L::load(pixels + at); }
+    V words(ptrdiff_t at, int groups) const { return L::load_dwords(pixels + at, groups); }
+    uint32_t byte(ptrdiff_t at) const { return pixels[at]; }
+    uint32_t word(ptrdiff_t at) const { return pixels[at] | uint32_t{pixels[at + 1]} << 8; }
+};
+
+/// The same four bytes in every group, or, of words, the same word.
+template <class L>
+class Value {
+public:
+    using V = typename L::V;
+    explicit Value(uint32_t value)
+        : value_(value),
+          all_(L::dwords(value)),
+          bytes_{L::template even_bytes<4>(all_), L::template odd_bytes<4>(all_)} {}
+
+    class Bytes {
+    public:
+        Bytes(V even, V odd) : even_(even), odd_(odd) {}
+        V even() const { return even_; }
+        V odd() const { return odd_; }
+
+    private:
+        V even_, odd_;
+    };
+
+    Bytes bytes(ptrdiff_t, int = 0) const { return bytes_; }
+    V words(ptrdiff_t, int = 0) const { return all_; }
+    uint32_t byte(ptrdiff_t at) const { return value_ >> 8 * (at & 3) & 0xff; }
+    uint32_t word(ptrdiff_t) const { return value_ & 0xffff; }
+
+private:
+    uint32_t value_;
+    V all_;
+    Bytes bytes_;
+};
+
+// ---------------------------------------------------------------- how much of it
+
+/// Coverage as it is.
+template <class L>
+struct Opaque {
+    typename L::V operator()(typename L::V coverage) const { return coverage; }
+    int32_t operator()(int32_t coverage) const { return coverage; }
+};
+
+/// coverage * level >> 12: both times four, the upper half of the product.
+template <class L>
+class Scaled {
+public:
+    explicit Scaled(int32_t level) : level_(level), times_four_(L::words(4 * level)) {}
+
+    typename L::V operator()(typename L::V coverage) const {
+        return L::mul_high(L::template shift_left_words<2>(coverage), times_four_);
+    }
+    int32_t operator()(int32_t coverage) const { return coverage * level_ >> 12; }
+
+private:
+    int32_t level_;
+    typename L::V times_four_;
+};
+
+template <class L>
+struct Weights {
+    typename L::V even, odd;
+};
+
+/// A pixel's weight goes to all its bytes.
+template <class L>
+struct Rgbq {
+    static constexpr int kGroupPixels = 1;
+
+    template <class Level>
+    static Weights<L> weights(const uint16_t* coverage, Level level) {
+        const auto w = level(L::words_twice(coverage));
+        return {w, w};
+    }
+    template <class Level>
+    static Weights<L> weights(const uint16_t* coverage, int groups, Level level) {
+        const auto w = level(L::words_twice(coverage, groups));
+        return {w, w};
+    }
+};
+
+/// Chroma takes the mean of its pair.
+template <class L>
+struct Yuy2 {
+    static constexpr int kGroupPixels = 2;
+
+    template <class Level>
+    static Weights<L> of_pairs(typename L::V w, Level level) {
+        return {level(w), level(L::template shift_right<1>(L::pair_sums(w)))};
+    }
+    template <class Level>
+    static Weights<L> weights(const uint16_t* coverage, Level level) {
+        return of_pairs(L::load(coverage), level);
+    }
+    template <class Level>
+    static Weights<L> weights(const uint16_t* coverage, int groups, Level level) {
+        return of_pairs(L::load_dwords(coverage, groups), level);
+    }
+};
+
+// ---------------------------------------------------------------- the arithmetic
+
+/// d + ((s - d) * weight >> 12): differences times 16, the upper halves of the products. Both bytes of a word are added
+/// at once; neither sum leaves 0..255, so no carry is left between them.
+template <class L, class Source>
+typename L::V mixed_bytes(typename L::V d, Source s, const Weights<L>& weights) {
+    const auto even = L::mul_high(L::sub(s.even(), L::template even_bytes<4>(d)), weights.even);
+    const auto odd = L::mul_high(L::sub(s.odd(), L::template odd_bytes<4>(d)), weights.odd);
+    return L::add(d, L::add(even, L::template shift_left_words<8>(odd)));
+}
+
+/// The same of unsigned words, as signed ones: s * weight + d * (4096 - weight) moves by 4096 * 32768.
+template <class L>
+typename L::V mixed_words(typename L::V d, typename L::V s, typename L::V weight) {
+    const auto bias = L::words(0x8000);
+    const auto rest = L::sub(L::words(kFull), weight);
+    d = L::bit_xor(d, bias);
+    s = L::bit_xor(s, bias);
+    const auto low = L::multiply_pairs(L::interleave_low_words(s, d), L::interleave_low_words(weight, rest));
+    const auto high = L::multiply_pairs(L::interleave_high_words(s, d), L::interleave_high_words(weight, rest));
+    return L::bit_xor(
+        L::pack_dwords(L::template shift_right_signed_dwords<12>(low), L::template shift_right_signed_dwords<12>(high)),
+        bias);
+}
+
+void mix_byte(uint8_t& d, uint32_t s, int32_t weight) {
+    d = static_cast<uint8_t>(d + ((static_cast<int32_t>(s) - d) * weight >> 12));
+}
+
+void mix_word(uint8_t* dst, uint32_t s, int32_t weight) {
+    const uint32_t d = dst[0] | uint32_t{dst[1]} << 8;
+    const uint32_t mixed = (s * static_cast<uint32_t>(weight) + d * static_cast<uint32_t>(kFull - weight)) >> 12;
+    dst[0] = static_cast<uint8_t>(mixed);
+    dst[1] = static_cast<uint8_t>(mixed >> 8);
+}
+
+// ---------------------------------------------------------------- loops
+
+template <class L, template <class> class Layout, class Source, class Level>
+void mix_groups(uint8_t* dst, const Source& src, const uint16_t* coverage, int32_t groups, const Level& level) {
+    using Pixels = Layout<L>;
+    ptrdiff_t x = 0;
+    for (; x + L::kDwords <= groups; x += L::kDwords)
+        L::store(dst + 4 * x, mixed_bytes<L>(L::load(dst + 4 * x), src.bytes(4 * x),
+                                             Pixels::weights(coverage + Pixels::kGroupPixels * x, level)));
+    if (x < groups) {
+        const int n = static_cast<int>(groups - x);
+        L::store_dwords(dst + 4 * x,
+                        mixed_bytes<L>(L::load_dwords(dst + 4 * x, n), src.bytes(4 * x, n),
+                                       Pixels::weights(coverage + Pixels::kGroupPixels * x, n, level)),
+                        n);
+    }
+    L::finish();
+}
+
+template <class L, class Source, class Level>
+void mix_rgbq(uint8_t* dst, const Source& src, const uint16_t* coverage, int32_t pixels, const Level& level) {
+    mix_groups<L, Rgbq>(dst, src, coverage, pixels, level);
+}
+
+template <class L, class Source, class Level>
+void mix_yuy2(uint8_t* dst, const Source& src, const uint16_t* coverage, int32_t pixels, const Level& level) {
+    if (pixels <= 0)
+        return;
+    mix_groups<L, Yuy2>(dst, src, coverage, pixels / 2, level);
+    if (pixels % 2 != 0) {
+        const ptrdiff_t at = 2 * ptrdiff_t{pixels - 1};
+        const int32_t weight = level(int32_t{coverage[pixels - 1]});
+        constexpr int kOfPair[] = {0, 1, 3};  // first luma, U, V
+        for (const int byte : kOfPair)
+            mix_byte(dst[at + byte], src.byte(at + byte), weight);
+    }
+}
+
+template <class L, class Source, class Level>
+void mix_pwrw(uint8_t* dst, const Source& src, const uint16_t* coverage, int32_t pixels, const Level& level) {
+    constexpr int kWords = L::kBytes / 2;
+    ptrdiff_t x = 0;
+    for (; x + kWords <= pixels; x += kWords)
+        L::store(dst + 2 * x, mixed_words<L>(L::load(dst + 2 * x), src.words(2 * x), level(L::load(coverage + x))));
+    if (x + 1 < pixels) {
+        const int n = static_cast<int>(pixels - x) / 2;
+        L::store_dwords(
+            dst + 2 * x,
+            mixed_words<L>(L::load_dwords(dst + 2 * x, n), src.words(2 * x, n), level(L::load_dwords(coverage + x, n))),
+            n);
+        x += 2 * n;
+    }
+    if (x < pixels)
+        mix_word(dst + 2 * x, src.word(2 * x), level(int32_t{coverage[x]}));
+    L::finish();
+}
+
+template <class L>
+typename L::V mixed_as_words(typename L::V d, typename L::V s, typename L::V weight) {
+    return L::add(d, L::mul_high(L::template shift_left_words<4>(L::sub(s, d)), weight));
+}
+
+/// One word a byte; returns how many were done.
+template <class L>
+ptrdiff_t mix_bytes(uint8_t* dst, uint32_t value, const uint16_t* coverage, ptrdiff_t x, ptrdiff_t end, int32_t level) {
+    const Scaled<L> scaled(level);
+    const auto s = L::words(static_cast<int>(value & 0xff));
+    for (; x + 2 * L::kDwords <= end; x += 2 * L::kDwords)
+        L::store_as_bytes(dst + x, mixed_as_words<L>(L::bytes_as_words(dst + x), s, scaled(L::load(coverage + x))));
+    return x;
+}
+
+template <class L>
+void paint_a8(uint8_t* dst, uint32_t value, const uint16_t* coverage, int32_t pixels, int32_t level) {
+    ptrdiff_t x = mix_bytes<L>(dst, value, coverage, 0, pixels, level);
+    x = mix_bytes<Lanes128>(dst, value, coverage, x, pixels, level);
+    for (; x < pixels; ++x)
+        mix_byte(dst[x], value & 0xff, coverage[x] * level >> 12);
+    L::finish();
+}
+
+/// The last register's worth ends with the line; it may overlap the one before, so it is computed first.
+template <class L>
+void fade_bytes(uint8_t* dst, uint32_t value, int32_t bytes, int32_t level) {
+    const auto w = L::words(level);
+    const Weights<L> weights = {w, w};
+    const Value<L> src(value);
+    if (bytes >= L::kBytes) {
+        const ptrdiff_t tail = ptrdiff_t{bytes} - L::kBytes;
+        const uint32_t turn = 8 * (tail & 3);
+        const auto last =
+            mixed_bytes<L>(L::load(dst + tail), Value<L>(value >> turn | value << (-turn & 31)).bytes(0), weights);
+        for (ptrdiff_t i = 0; i < tail; i += L::kBytes)
+            L::store(dst + i, mixed_bytes<L>(L::load(dst + i), src.bytes(i), weights));
+        L::store(dst + tail, last);
+    } else {
+        const int groups = bytes / 4;
+        if (groups > 0)
+            L::store_dwords(dst, mixed_bytes<L>(L::load_dwords(dst, groups), src.bytes(0), weights), groups);
+        for (int32_t i = 4 * groups; i < bytes; ++i)
+            mix_byte(dst[i], src.byte(i), level);
+    }
+    L::finish();
+}
+
+template <class L>
+void fade_words(uint8_t* dst, uint32_t value, int32_t words, int32_t level) {
+    constexpr int kWords = L::kBytes / 2;
+    const auto s = L::words(static_cast<int>(value)), w = L::words(level);
+    ptrdiff_t x = 0;
+    for (; x + kWords <= words; x += kWords)
+        L::store(dst + 2 * x, mixed_words<L>(L::load(dst + 2 * x), s, w));
+    if (x + 1 < words) {
+        const int n = static_cast<int>(words - x) / 2;
+        L::store_dwords(dst + 2 * x, mixed_words<L>(L::load_dwords(dst + 2 * x, n), s, w), n);
+        x += 2 * n;
+    }
+    if (x < words)
+        mix_word(dst + 2 * x, value & 0xffff, level);
+    L::finish();
+}
+
+// ---------------------------------------------------------------- the set
+
+template <class L>
+struct Blends {
+    static void rgbq(uint8_t* dst, const uint8_t* src, const uint16_t* coverage, int32_t pixels) {
+        mix_rgbq<L>(dst, Line<L>{src}, coverage, pixels, Opaque<L>());
+    }
+    static void yuy2(uint8_t* dst, const uint8_t* src, const uint16_t* coverage, int32_t pixels) {
+        mix_yuy2<L>(dst, Line<L>{src}, coverage, pixels, Opaque<L>());
+    }
+    static void pwrw(uint8_t* dst, const uint8_t* src, const uint16_t* coverage, int32_t pixels) {
+        mix_pwrw<L>(dst, Line<L>{src}, coverage, pixels, Opaque<L>());
+    }
+};
+
+template <class L>
+struct Paints {
+    static void rgbq(uint8_t* dst, uint32_t value, const uint16_t* coverage, int32_t pixels, int32_t level) {
+        mix_rgbq<L>(dst, Value<L>(value), coverage, pixels, Scaled<L>(level));
+    }
+    static void yuy2(uint8_t* dst, uint32_t value, const uint16_t* coverage, int32_t pixels, int32_t level) {
+        mix_yuy2<L>(dst, Value<L>(value), coverage, pixels, Scaled<L>(level));
+    }
+    static void pwrw(uint8_t* dst, uint32_t value, const uint16_t* coverage, int32_t pixels, int32_t level) {
+        mix_pwrw<L>(dst, Value<L>((value & 0xffff) * 0x10001), coverage, pixels, Scaled<L>(level));
+    }
+};
+
+template <class L, class D>
+constexpr CoverKernels cover_set() {
+    return {
+        .ramp = ramp<L, D>,
+        .blend_rgbq = Blends<L>::rgbq,
+        .blend_yuy2 = Blends<L>::yuy2,
+        .blend_pwrw = Blends<L>::pwrw,
+        .paint_rgbq = Paints<L>::rgbq,
+        .paint_yuy2 = Paints<L>::yuy2,
+        .paint_pwrw = Paints<L>::pwrw,
+        .paint_a8 = paint_a8<L>,
+        .fade_bytes = fade_bytes<L>,
+        .fade_words = fade_words<L>,
+    };
+}
+
+}  // namespace
+}  // namespace zepbmp
