@@ -32,12 +32,8 @@ if(ZEPBMP_32BIT AND NOT WIN32)
     find_program(ZEPBMP_QEMU qemu-i386 REQUIRED DOC "Runs the tests on old processors (package qemu-user)")
 endif()
 
-function(zepbmp_add_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 test "SHARED;NATIVE_ONLY" "TIMEOUT" "LIBRARIES")
-    if(NOT test_TIMEOUT)
-        set(test_TIMEOUT 300)
-    endif()
-    add_executable(${name} ${test_UNPARSED_ARGUMENTS})
+# Of a target that holds tests, without a choice between the static and the shared library.
+function(zepbmp_test_flags name)
     zepbmp_project_flags(${name})
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
         target_compile_options(${name} PRIVATE -Wno-restrict)  # misjudges std::string's operator+
@@ -45,6 +41,15 @@ function(zepbmp_add_test name)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_definitions(${name} PRIVATE ZEPBMP_TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}" ZEPBMP_HAVE_AVX2=1
         $<$<NOT:$<BOOL:${ZEPBMP_32BIT}>>:ZEPBMP_HAVE_AVX512=1>)
+endfunction()
+
+function(zepbmp_add_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 test "SHARED;NATIVE_ONLY" "TIMEOUT" "LIBRARIES")
+    if(NOT test_TIMEOUT)
+        set(test_TIMEOUT 300)
+    endif()
+    add_executable(${name} ${test_UNPARSED_ARGUMENTS})
+    zepbmp_test_flags(${name})
     target_link_libraries(${name} PRIVATE
         $<IF:$<BOOL:${test_SHARED}>,zepbmp,zepbmp_static> ${test_LIBRARIES} GTest::gtest_main)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)

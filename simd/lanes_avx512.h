@@ -108,9 +108,7 @@ struct Lanes512 {
     static V bytes_as_words(const void* p) {
         return _mm512_cvtepu8_epi16(_mm256_loadu_si256(static_cast<const __m256i*>(p)));
     }
-    static void store_as_bytes(void* p, V w) {
-        _mm256_storeu_si256(static_cast<__m256i*>(p), _mm512_cvtepi16_epi8(w));
-    }
+    static void store_as_bytes(void* p, V w) { _mm256_storeu_si256(static_cast<__m256i*>(p), _mm512_cvtepi16_epi8(w)); }
     static V interleave_low_words(V a, V b) { return _mm512_unpacklo_epi16(a, b); }
     static V interleave_high_words(V a, V b) { return _mm512_unpackhi_epi16(a, b); }
     static V pack_dwords(V low, V high) { return _mm512_packs_epi32(low, high); }

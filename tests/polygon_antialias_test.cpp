@@ -201,6 +201,18 @@ TEST_P(PolygonSolid, PlanesAreBlendedTowardTheirMark) {
     }
 }
 
+TEST_P(PolygonSolid, LevelsBeyondTheScaleDrawNothing) {
+    const Polygon polygon = outline({{0, 0}, {40, 0}, {40, 2}, {0, 2}});
+    for (const int format : {BMP_FMT_RGBQ, BMP_FMT_YUY2}) {
+        for (const int level : {0, -1, 4097, INT32_MAX, INT32_MIN}) {
+            const OwnedBitmap dest = make_filled(40, 2, format, 0xee), plane = make_weights(40, 2, 5);
+            fill(dest, plane, 0x12345678, level, polygon);
+            EXPECT_EQ(snapshot(dest), snapshot(make_filled(40, 2, format, 0xee))) << level;
+            EXPECT_EQ(snapshot(plane), snapshot(make_weights(40, 2, 5))) << level;
+        }
+    }
+}
+
 TEST_P(PolygonSolid, PlanesDoNotChangeTheColour) {
     for (const int format : {BMP_FMT_RGBQ, BMP_FMT_YUY2}) {
         for (const int level : {4096, 4095, 2048, 1}) {

@@ -259,6 +259,16 @@ TEST_P(PolygonRoles, SolidFillKnowsTwoDestinationFormats) {
     }
 }
 
+TEST_P(PolygonRoles, OneOtherPerspectiveWeightIsEnough) {
+    // On line 0, 3/8 down the left side, w is 1 - 0.75 * 0.375 = 0.71875 there and 1 on the right: the centre of pixel
+    // 2, 5/16 of the way, has u = 2.5 / 0.80664 = 3.1. In an affine mapping u is 2.5.
+    const OwnedBitmap texture = make_weights(8, 1, 0);
+    for (int x = 0; x < 8; ++x)
+        weights(texture, 0)[x] = static_cast<uint16_t>(x);
+    const Polygon polygon = {{0, 0, 1, 0, -1}, {8, 0, 1, 8, -1}, {8, 0, 1, 8, 3}, {0, 0, 0.25f, 0, 3}};
+    EXPECT_EQ(nearest(polygon, texture, 8, 1)[0], (Weights{0, 1, 3, 4, 5, 6, 6, 7}));
+}
+
 TEST_P(PolygonRoles, FewerThanThreeCornersDrawNothing) {
     const OwnedBitmap texture = make_weights(4, 4, 1);
     for (const uint32_t edges : {BMP_MAP_NO_FILTER, BMP_MAP_ANTIALIAS}) {

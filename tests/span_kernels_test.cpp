@@ -91,7 +91,7 @@ public:
         };
         pitch = (bytes_of(line_columns) + 3) / 4 * 4;
         if (kind < 30)
-            pitch *= 2;  // a field
+            pitch *= random.pick({1, 2});  // 2: a field
         else if (kind < 50)
             pitch += 4 * random.between(1, 8);
         else if (kind < 56)
@@ -103,9 +103,9 @@ public:
 
         const ptrdiff_t reach = pitch * (rows - 1);
         const size_t extent = static_cast<size_t>(std::abs(reach) + bytes_of(columns));
-        at_end_ = random.chance(60);
+        const bool at_end = random.chance(60);
         uint8_t* const low =
-            place(pages_, extent, at_end_, random.chance(60) ? kFlush : group.texel_bytes * random.between(0, 3));
+            place(pages_, extent, at_end, random.chance(60) ? kFlush : group.texel_bytes * random.between(0, 3));
         pixels = reach < 0 ? low - reach : low;
         if (extent <= 1 << 14)
             (group.group == kSpanPwrwAffine || group.group == kSpanPwrwPersp ? fill_weights : fill_pixels)(
@@ -133,12 +133,11 @@ private:
     }
 
     FencedPages pages_;
-    bool at_end_ = false;
 };
 
 /// Where on the texture, 16.16: mostly on it, often where a texel begins or the texture ends.
 double place_on(Random& random, int texels) {
-    const double whole = kTexel * double{1} * texels;
+    const double whole = double{kTexel} * texels;
     switch (random.below(6)) {
         case 0: return kTexel * static_cast<double>(random.between(0, texels)) + random.between(-1, 1);
         case 1: return whole - random.between(0, 3 * kTexel);
@@ -365,17 +364,17 @@ TEST_P(SpanKernelsTest, LeaveWhatOffsetsDoNotReach) {
     const UseTables use(set().needs);
     for (int filter = 0; filter < std::min(group().vector_filters, 1 + kColumnClassCount); ++filter) {
         Random random(round_seed(filter));
-        constexpr int kColumns = 16, kRows = 3;
+        const int columns = 16, rows = 3;
         const int margin = filter > 0 ? kColumnClasses[filter - 1].margin : 0;
-        FencedPages pages(kColumns * 4);
+        FencedPages pages(64);
         fill_noise(random, pages.bytes());
         const SpanTexture texture = {
-            .pixels = place(pages, kColumns * static_cast<size_t>(group().texel_bytes), true, kFlush),
+            .pixels = place(pages, columns * static_cast<size_t>(group().texel_bytes), true, kFlush),
             .pitch = 1 << 30,
-            .columns = kColumns,
-            .rows = kRows,
-            .u_max = static_cast<float>((kColumns - 1) * kTexel - margin),
-            .v_max = (kRows - 1) * kTexel - 16};
+            .columns = columns,
+            .rows = rows,
+            .u_max = static_cast<float>((columns - 1) * kTexel - margin),
+            .v_max = (rows - 1) * kTexel - 16};
         Span span{};
         span.first = 3;
         span.last = 40;
@@ -533,8 +532,9 @@ PlainCase ramps() {
 
 std::vector<int> pixel_of_ramps(int filter, float u, float v) {
     PlainCase made = ramps();
-    made.u_max = static_cast<float>(15 * kTexel - kColumnClasses[(filter - 1) % kColumnClassCount].margin);
-    made.v_max = static_cast<float>(7 * kTexel - kRowClasses[(filter - 1) / kColumnClassCount].margin);
+    const int row_class = (filter - 1) / kColumnClassCount, column_class = (filter - 1) % kColumnClassCount;
+    made.u_max = static_cast<float>(15 * kTexel - kColumnClasses[column_class].margin);
+    made.v_max = static_cast<float>(7 * kTexel - kRowClasses[row_class].margin);
     made.span.u_start = u;
     made.span.v_start = v;
     return made.draw(kSpanRgbqAffine, filter);

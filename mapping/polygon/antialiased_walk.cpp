@@ -8,70 +8,80 @@ int32_t sub_line_limit(int32_t height) {
     return height <= 0 ? 0 : (height < kMost ? height : kMost) * kSubLines;
 }
 
-/// The pixels that edges can touch.
-PixelRange reach_of(const Edge* edges, int32_t count, int32_t width) {
-    int32_t low = INT32_MAX, high = INT32_MIN;
-    for (int32_t i = 0; i < count; ++i) {
-        low = edges[i].low < low ? edges[i].low : low;
-        high = edges[i].high > high ? edges[i].high : high;
+uint64_t most_edges(const Polygon& polygon) { return static_cast<uint64_t>(polygon.count); }
+
+LineCoverer::Extent extent_of(const Target& target, const Polygon& polygon) {
+    float low = polygon.vertices[0].x, high = low;
+    for (int32_t i = 1; i < polygon.count; ++i) {
+        const float x = polygon.vertices[i].x;
+        low = x < low ? x : low;
+        high = x > high ? x : high;
     }
-    const auto within = [width](int32_t x) { return x < 0 ? 0 : x < width ? x : width; };
-    return {within(low >> 12), within((high >> 12) + 1)};
+    const int32_t width = target.picture.width;
+    const auto pixel = [width](float x, int32_t next) {
+        const int32_t at = (hold_to_int32(double{x} * kPixelUnits) >> 12) + next;
+        return at < 0 ? 0 : at < width ? at : width;
+    };
+    return {{pixel(low, 0), pixel(high, 1)}, most_edges(polygon)};
 }
 
 }  // namespace
 
-uint64_t AntialiasedWalk::bytes(const Target& target, const Polygon& polygon) {
-    const auto most = static_cast<uint64_t>(polygon.count);
-    return Arena::bytes<Edge>(most) + Arena::bytes<Edge*>(most) + CoverageLine::bytes(target.picture.width, most) +
-           kSubLines * (Arena::bytes<Crossing>(most) + Arena::bytes<EdgeCover>(most));
+uint64_t AntialiasedWalk::bytes(const Target& target, const Polygon& polygon, int lines_kept) {
+    const uint64_t most = most_edges(polygon);
+    const LineCoverer::Extent extent = extent_of(target, polygon);
+    return Arena::bytes<Edge>(most) + Arena::bytes<Edge*>(most) + LineCoverer::bytes(extent) +
+           static_cast<uint64_t>(lines_kept) * LineCoverer::line_bytes(extent) +
+           kSubLines * Arena::bytes<Crossing>(most) + Arena::bytes<EdgeCover>(most);
 }
 
-AntialiasedWalk::AntialiasedWalk(Arena& arena, const Target& target, const Polygon& polygon)
-    : AntialiasedWalk(arena, target, polygon, static_cast<uint64_t>(polygon.count)) {}
-
-AntialiasedWalk::AntialiasedWalk(Arena& arena, const Target& target, const Polygon& polygon, uint64_t most)
+AntialiasedWalk::AntialiasedWalk(Arena& arena, const Target& target, const Polygon& polygon, int lines_kept)
     : width_(target.picture.width),
       selected_(polygon.flags),
-      edges_(arena.array<Edge>(most)),
+      lines_kept_(lines_kept),
+      edges_(arena.array<Edge>(most_edges(polygon))),
       edge_count_(
           build_edges(polygon.vertices, polygon.count, kSubLines, sub_line_limit(target.picture.height), edges_)),
-      walk_(edges_, edge_count_, arena.array<Edge*>(most)),
-      coverage_(arena, width_, most, reach_of(edges_, edge_count_, width_)) {
-    for (int sub_line = 0; sub_line < kSubLines; ++sub_line) {
-        crossings_[sub_line] = arena.array<Crossing>(most);
-        covers_[sub_line] = arena.array<EdgeCover>(most);
-    }
+      walk_(edges_, edge_count_, arena.array<Edge*>(most_edges(polygon))),
+      extent_(extent_of(target, polygon)),
+      coverer_(arena, extent_, width_) {
+    for (int i = 0; i < lines_kept; ++i)
+        covered_[i] = LineCoverer::new_line(arena, extent_);
+    for (Crossing*& crossings : crossings_)
+        crossings = arena.array<Crossing>(most_edges(polygon));
+    covers_ = arena.array<EdgeCover>(most_edges(polygon));
 }
 
 void AntialiasedWalk::cross_sub_lines() {
+    if (walk_.line() == line_ * kSubLines) {
+        const int32_t count = walk_.count();
+        if (walk_.pass(crossings_)) {
+            whole_ = true;
+            for (int32_t& of_sub_line : count_)
+                of_sub_line = count;
+            return;
+        }
+    }
+    whole_ = true;
     for (int sub_line = 0; sub_line < kSubLines; ++sub_line) {
         count_[sub_line] = 0;
-        if (walk_.done() || walk_.line() != line_ * kSubLines + sub_line)
+        if (walk_.done() || walk_.line() != line_ * kSubLines + sub_line) {
+            whole_ = false;
             continue;
-        walk_.enter();
+        }
+        const bool same = walk_.enter();
+        whole_ = whole_ && (same || sub_line == 0);
+        count_[sub_line] = walk_.count();
         for (int32_t i = 0; i < walk_.count(); ++i)
             crossings_[sub_line][i] = {&walk_[i], walk_[i].x};
-        count_[sub_line] = walk_.count();
         walk_.leave();
     }
 }
 
-bool AntialiasedWalk::is_whole() const {
-    for (int sub_line = 1; sub_line < kSubLines; ++sub_line) {
-        if (count_[sub_line] != count_[0])
-            return false;
-        for (int32_t i = 0; i < count_[0]; ++i) {
-            if (crossings_[sub_line][i].edge != crossings_[0][i].edge)
-                return false;
-        }
-    }
-    return true;
-}
-
-void AntialiasedWalk::set_covers(int sub_line, int lines) {
+const EdgeCover* AntialiasedWalk::covers(int sub_line) const {
     for (int32_t i = 0; i < count_[sub_line]; ++i)
-        covers_[sub_line][i] = EdgeCover(crossings_[sub_line][i], lines, width_);
+        covers_[i] = EdgeCover(crossings_[sub_line][i], whole_ ? kSubLines : 1, width_);
+    return covers_;
 }
 
 bool AntialiasedWalk::next() {
@@ -81,15 +91,11 @@ bool AntialiasedWalk::next() {
         line_ = walk_.line() / kSubLines;
         cross_sub_lines();
     } while (!selected_(line_));
-    whole_ = is_whole();
-    if (whole_) {
-        set_covers(0, kSubLines);
-        coverage_.cover(covers_[0], count_[0]);
-    } else {
-        for (int sub_line = 0; sub_line < kSubLines; ++sub_line)
-            set_covers(sub_line, 1);
-        coverage_.cover_mean({covers_[0], covers_[1], covers_[2]}, count_);
-    }
+    at_ = at_ + 1 < lines_kept_ ? at_ + 1 : 0;
+    if (whole_)
+        coverer_.cover(covered_[at_], line_, crossings_[0], count_[0]);
+    else
+        coverer_.cover_mean(covered_[at_], line_, {crossings_[0], crossings_[1], crossings_[2]}, count_);
     return true;
 }
 

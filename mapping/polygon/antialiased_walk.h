@@ -13,9 +13,12 @@ namespace zepbmp {
 /// line. On others it is the mean of the sub-lines'.
 class AntialiasedWalk {
 public:
-    static uint64_t bytes(const Target& target, const Polygon& polygon);
+    static constexpr int kMostKept = 8;
 
-    AntialiasedWalk(Arena& arena, const Target& target, const Polygon& polygon);
+    /// lines_kept: the lines whose coverage stays, 1..kMostKept.
+    static uint64_t bytes(const Target& target, const Polygon& polygon, int lines_kept = 1);
+
+    AntialiasedWalk(Arena& arena, const Target& target, const Polygon& polygon, int lines_kept = 1);
 
     const Edge* edges() const { return edges_; }
     int32_t edge_count() const { return edge_count_; }
@@ -25,30 +28,35 @@ public:
 
     int32_t line() const { return line_; }
     bool whole() const { return whole_; }
-    const CoverageLine& coverage() const { return coverage_; }
+    const CoveredLine& coverage() const { return covered_[at_]; }
+    /// Of the line that was reached `back` lines before this one, back < lines_kept.
+    const CoveredLine& coverage(int back) const {
+        return covered_[at_ >= back ? at_ - back : at_ - back + lines_kept_];
+    }
 
     /// The edges on a sub-line, 0 to 2 of the line.
     int32_t count(int sub_line) const { return count_[sub_line]; }
     const Crossing* crossings(int sub_line) const { return crossings_[sub_line]; }
-    /// Their coverages: on a whole line only of sub-line 0, and those of the line.
-    const EdgeCover* covers(int sub_line) const { return covers_[sub_line]; }
+    /// Their coverages: on a whole line only of sub-line 0, and those of the line. The next call overwrites them.
+    const EdgeCover* covers(int sub_line) const;
 
 private:
-    AntialiasedWalk(Arena& arena, const Target& target, const Polygon& polygon, uint64_t most);
     void cross_sub_lines();
-    bool is_whole() const;
-    void set_covers(int sub_line, int lines);
 
     int32_t width_;
     SelectedLines selected_;
+    int lines_kept_;
     Edge* edges_;
     int32_t edge_count_;
     EdgeWalk walk_;
-    CoverageLine coverage_;
+    LineCoverer::Extent extent_;
+    LineCoverer coverer_;
+    CoveredLine covered_[kMostKept];
     Crossing* crossings_[kSubLines];
-    EdgeCover* covers_[kSubLines];
+    EdgeCover* covers_;
     int32_t count_[kSubLines];
     int32_t line_ = 0;
+    int at_ = 0;  // this line's coverage
     bool whole_ = false;
 };
 

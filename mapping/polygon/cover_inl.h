@@ -11,33 +11,15 @@
 #include <cstdint>
 
 #include "mapping/polygon/cover_kernels.h"
+#include "mapping/polygon/ramp_area.h"
 #include "simd/lanes_sse2.h"
 
 namespace zepbmp {
 namespace {
 
-constexpr int32_t kFull = 4096;  // of coverages and levels; of a ramp's ends a pixel
+constexpr int32_t kFull = 4096;  // of coverages and levels
 
 // ---------------------------------------------------------------- ramps
-
-/// The area of a right-angled triangle with this side along the line; side <= kFull.
-int32_t triangle(int32_t side, double k) { return static_cast<int32_t>(double(side * side) * k) >> 13; }
-
-uint16_t ramp_at(int32_t x, const CoverRamp& ramp) {
-    const int64_t left = int64_t{x} * kFull, right = left + kFull;
-    int64_t area;
-    if (ramp.a >= left) {
-        if (ramp.b <= right)
-            area = (2 * right - ramp.a - ramp.b) >> 1;
-        else
-            area = triangle(static_cast<int32_t>(right - ramp.a), ramp.k);
-    } else if (ramp.b <= right) {
-        area = kFull - triangle(static_cast<int32_t>(ramp.b - left), ramp.k);
-    } else {
-        area = static_cast<int32_t>(double(left + kFull / 2 - ramp.a) * ramp.k);
-    }
-    return static_cast<uint16_t>(area);
-}
 
 /// Only the first and the last pixel may hold an end of the ramp. Between them the area grows by the same amount from
 /// pixel to pixel: positions are integers below 2^34, so double precision rounds the products alone.
@@ -45,16 +27,16 @@ template <class L, class D>
 void ramp(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp) {
     if (first >= end)
         return;
-    coverage[first] = ramp_at(first, ramp);
+    coverage[first] = ramp_area(first, ramp);
     const int32_t last = end - 1;
     if (last == first)
         return;
-    coverage[last] = ramp_at(last, ramp);
+    coverage[last] = ramp_area(last, ramp);
     int32_t x = first + 1;
     if (x + D::kLanes <= last) {
-        const auto k = D::all(ramp.k), step = D::all(double{kFull} * D::kLanes);
-        auto position =
-            D::add(D::all(double(int64_t{x} * kFull + kFull / 2 - ramp.a)), D::mul(D::counting(), D::all(kFull)));
+        const auto k = D::all(ramp.k), step = D::all(double{kRampPixel} * D::kLanes);
+        auto position = D::add(D::all(double(int64_t{x} * kRampPixel + kRampPixel / 2 - ramp.a)),
+                               D::mul(D::counting(), D::all(kRampPixel)));
         for (; x + D::kLanes <= last; x += D::kLanes) {
             D::store_truncated_words(coverage + x, D::mul(position, k));
             position = D::add(position, step);
@@ -62,7 +44,7 @@ void ramp(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp)
         L::finish();
     }
     for (; x < last; ++x)
-        coverage[x] = ramp_at(x, ramp);
+        coverage[x] = ramp_area(x, ramp);
 }
 
 // ---------------------------------------------------------------- what is blended in

@@ -2,30 +2,14 @@
 /// The coverage kernels in plain code: what each of them means.
 #include "core/bitmap.h"
 #include "mapping/polygon/cover_kernels.h"
+#include "mapping/polygon/ramp_area.h"
 
 namespace zepbmp {
 namespace {
 
-constexpr int kPixel = 4096;  // of a ramp's ends
-
-/// Areas of trapezoids and triangles; the products are double precision.
 void ramp(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp) {
-    const auto part = [&](int64_t distance) {
-        return static_cast<int32_t>(double(distance * distance) * ramp.k) >> 13;
-    };
-    for (int32_t x = first; x < end; ++x) {
-        const int64_t left = int64_t{x} * kPixel, right = left + kPixel;
-        int64_t area;
-        if (ramp.a >= left && ramp.b <= right)
-            area = (2 * right - ramp.a - ramp.b) >> 1;
-        else if (ramp.a >= left)
-            area = part(right - ramp.a);
-        else if (ramp.b <= right)
-            area = kPixel - part(ramp.b - left);
-        else
-            area = static_cast<int32_t>(double(left + kPixel / 2 - ramp.a) * ramp.k);
-        coverage[x] = static_cast<uint16_t>(area);
-    }
+    for (int32_t x = first; x < end; ++x)
+        coverage[x] = ramp_area(x, ramp);
 }
 
 int32_t scaled(int32_t coverage, int32_t level) { return coverage * level >> kWeightBits; }

@@ -3,6 +3,14 @@
 #include <algorithm>
 
 namespace zepbmp {
+namespace {
+
+// A function of this file alone, so that what the standard library makes of the comparison is, too.
+void sort_by_position(Edge** edges, int32_t count) {
+    std::sort(edges, edges + count, [](const Edge* a, const Edge* b) { return a->before(*b); });
+}
+
+}  // namespace
 
 void EdgeWalk::add() {
     same_ = false;
@@ -28,7 +36,7 @@ void EdgeWalk::remove() {
 
 void EdgeWalk::sort() {
     same_ = false;
-    std::sort(active_, active_ + count_, [](const Edge* a, const Edge* b) { return a->before(*b); });
+    sort_by_position(active_, count_);
 }
 
 }  // namespace zepbmp

@@ -4,6 +4,7 @@
 
 #include "core/arithmetic.h"
 #include "mapping/polygon/edges.h"
+#include "mapping/polygon/spans.h"
 
 namespace zepbmp {
 
@@ -31,6 +32,31 @@ public:
         const bool same = same_;
         same_ = true;
         return same;
+    }
+
+    /// Goes through several lines at once, where no edge begins or ends on them and their order stays; crossings[i][j]
+    /// is edge j's on the i-th. False: it is otherwise, and nothing is done.
+    template <int kLines>
+    bool pass(Crossing* const (&crossings)[kLines]) {
+        const int32_t end = line_ + kLines;
+        if (first_end_ <= end || (next_ != end_ && next_->first < end))
+            return false;
+        for (int32_t i = 0; i < count_; ++i) {
+            const Edge& edge = *active_[i];
+            float x = edge.x;
+            for (int line = 0; line < kLines; ++line) {
+                if (i > 0 && !(x > crossings[line][i - 1].x) &&
+                    (x < crossings[line][i - 1].x || edge.order < active_[i - 1]->order))
+                    return false;
+                crossings[line][i] = {&edge, x};
+                x = single(x + edge.slope);
+            }
+        }
+        for (int32_t i = 0; i < count_; ++i)
+            active_[i]->x = single(crossings[kLines - 1][i].x + active_[i]->slope);
+        line_ = end;
+        same_ = true;
+        return true;
     }
 
     int32_t count() const { return count_; }

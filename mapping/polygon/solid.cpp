@@ -26,23 +26,73 @@ Painter painter_of(const Bitmap& picture, uint32_t color) {
     }
 }
 
-void draw_line(uint8_t* line, const Painter& painter, const Plane& plane, int32_t level, const AntialiasedWalk& walk) {
-    const uint16_t* const coverage = walk.coverage().coverage();
-    for (const CoverSegment& segment : walk.coverage()) {
-        const int32_t count = segment.pixels.end - segment.pixels.first;
-        uint8_t* const at = line + ptrdiff_t{segment.pixels.first} * painter.pixel_bytes;
-        if (!segment.full) {
-            painter.paint(at, painter.value, coverage + segment.pixels.first, count, level);
-            plane.blend(walk.line(), segment.pixels, coverage, level);
-        } else if (level < kWeightFull) {
-            cover_kernels.fade_bytes(at, painter.value, count * painter.pixel_bytes, level);
-            plane.fade(walk.line(), segment.pixels, level);
-        } else {
-            line_kernels.fill[kStoreCached](at, static_cast<size_t>(count) * static_cast<size_t>(painter.pixel_bytes),
-                                            painter.value);
-            plane.mark(walk.line(), segment.pixels);
+/// Lines are covered in batches before they are drawn: meanwhile their memory arrives, and the coverage, written pixel
+/// by pixel, reaches the cache, where wide loads find it whole.
+constexpr int kBatchLines = 8;
+
+/// Draws covered lines.
+class SolidDrawer {
+public:
+    SolidDrawer(const Target& target, const Painter& painter, int32_t level, StoreKind store)
+        : picture_(target.picture),
+          plane_(target.plane),
+          painter_(painter),
+          level_(level),
+          fill_(line_kernels.fill[store]),
+          streams_(store == kStoreStreamed) {}
+
+    /// Asks for the memory that draw() will read.
+    void prefetch(const CoveredLine& covered) const {
+        const uint8_t* const pixels = line_address(picture_, covered.line());
+        for (const CoverSegment& segment : covered) {
+            if (segment.full && streams_)
+                continue;
+            const uint8_t* const end = pixels + bytes_to(segment.pixels.end);
+            for (const uint8_t* at = pixels + bytes_to(segment.pixels.first); at < end; at += kCacheLineBytes)
+                __builtin_prefetch(at);
+            __builtin_prefetch(end - 1);
         }
     }
+
+    void draw(const CoveredLine& covered) const {
+        uint8_t* const pixels = line_address(picture_, covered.line());
+        for (const CoverSegment& segment : covered) {
+            const auto [first, end] = segment.pixels;
+            uint8_t* const at = pixels + bytes_to(first);
+            const ptrdiff_t bytes = bytes_to(end) - bytes_to(first);
+            if (!segment.full) {
+                painter_.paint(at, painter_.value, covered.coverage() + first, end - first, level_);
+                plane_.blend(covered.line(), segment.pixels, covered.coverage(), level_);
+            } else if (level_ < kWeightFull) {
+                cover_kernels.fade_bytes(at, painter_.value, static_cast<int32_t>(bytes), level_);
+                plane_.fade(covered.line(), segment.pixels, level_);
+            } else {
+                fill_(at, static_cast<size_t>(bytes), painter_.value);
+                plane_.mark(covered.line(), segment.pixels);
+            }
+        }
+    }
+
+private:
+    ptrdiff_t bytes_to(int32_t pixel) const { return ptrdiff_t{pixel} * painter_.pixel_bytes; }
+
+    const Bitmap& picture_;
+    Plane plane_;
+    Painter painter_;
+    int32_t level_;
+    void (*fill_)(uint8_t* dst, size_t bytes, uint32_t value);
+    bool streams_;  // full segments
+};
+
+/// At most so many pixels are drawn, but where the polygon crosses itself.
+double area_of(const Target& target, const Polygon& polygon) {
+    double twice = 0;
+    const BmpVertex* before = &polygon.vertices[polygon.count - 1];
+    for (int32_t i = 0; i < polygon.count; before = &polygon.vertices[i++])
+        twice += double{before->x} * polygon.vertices[i].y - double{polygon.vertices[i].x} * before->y;
+    const double area = (twice < 0 ? -twice : twice) / 2;
+    const double picture = double(target.picture.width) * double(target.picture.height);
+    return area < picture ? area : picture > 0 ? picture : 0;
 }
 
 }  // namespace
@@ -53,12 +103,23 @@ void draw_solid(const Target& target, uint32_t color, int32_t level, const Polyg
         !is_finite(polygon.vertices, polygon.count))
         return;
     Arena arena;
-    if (!arena.reserve(AntialiasedWalk::bytes(target, polygon)))
+    if (!arena.reserve(AntialiasedWalk::bytes(target, polygon, kBatchLines)))
         return;
-    AntialiasedWalk walk(arena, target, polygon);
-    const Plane plane(target.plane);
-    while (walk.next())
-        draw_line(line_address(target.picture, walk.line()), painter, plane, level, walk);
+    AntialiasedWalk walk(arena, target, polygon, kBatchLines);
+    const auto bytes = static_cast<size_t>(area_of(target, polygon) * painter.pixel_bytes);
+    const StoreKind store = level == kWeightFull ? store_kind(bytes) : kStoreCached;
+    const SolidDrawer drawer(target, painter, level, store);
+    for (bool more = true; more;) {
+        int ready = 0;
+        while (ready < kBatchLines && (more = walk.next())) {
+            drawer.prefetch(walk.coverage());
+            ++ready;
+        }
+        while (ready > 0)
+            drawer.draw(walk.coverage(--ready));
+    }
+    if (store == kStoreStreamed)
+        line_kernels.end_stream();
 }
 
 }  // namespace zepbmp
