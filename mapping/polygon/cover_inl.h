@@ -227,16 +227,15 @@ void mix_rgbq(uint8_t* dst, const Source& src, const uint16_t* coverage, int32_t
 
 template <class L, class Source, class Level>
 void mix_yuy2(uint8_t* dst, const Source& src, const uint16_t* coverage, int32_t pixels, const Level& level) {
-    if (pixels <= 0)
-        return;
     mix_groups<L, Yuy2>(dst, src, coverage, pixels / 2, level);
-    if (pixels % 2 != 0) {
+    if (pixels % 2 == 1) {
         const ptrdiff_t at = 2 * ptrdiff_t{pixels - 1};
         const int32_t weight = level(int32_t{coverage[pixels - 1]});
         constexpr int kOfPair[] = {0, 1, 3};  // first luma, U, V
         for (const int byte : kOfPair)
             mix_byte(dst[at + byte], src.byte(at + byte), weight);
     }
+    L::finish();
 }
 
 template <class L, class Source, class Level>
