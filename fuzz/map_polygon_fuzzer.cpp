@@ -3,7 +3,7 @@
 /// with others; the pictures have to agree to the last byte. Each bitmap is a heap block that ends with its last pixel,
 /// so that the address sanitizer sees the first byte too many.
 ///
-/// make_seeds.py writes the same layout.
+/// make_seed_corpus.py writes the same layout.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

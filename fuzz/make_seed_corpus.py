@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Writes seeds for map_polygon_fuzzer: one for each combination that takes a way of its own through the library.
+"""Writes the seed corpus of map_polygon_fuzzer: one input for each combination that takes a way of its own through the library.
 
-usage: make_seeds.py FOLDER
+usage: make_seed_corpus.py FOLDER
 """
 
 import pathlib
@@ -73,7 +73,7 @@ def call(polygon, texture=RGBQ, dest=None, plane=None, roles=0, flags=0, width=W
                        level, tables) + polygon
 
 
-def seeds():
+def inputs():
     colours = {"yuy2": YUY2, "rgbq": RGBQ}
     textures = dict(colours, pwrw=PWRW)
     planes = {"": None, "_a8": A8, "_pwrw": PWRW}
@@ -154,12 +154,12 @@ def main():
     for old in folder.iterdir():
         old.unlink()
     names = set()
-    for name, content in seeds():
+    for name, content in inputs():
         if name in names:
-            sys.exit(f"error: two seeds are called {name}")
+            sys.exit(f"error: two inputs are called {name}")
         names.add(name)
         (folder / name).write_bytes(content)
-    print(f"{len(names)} seeds in {folder}")
+    print(f"{len(names)} inputs in {folder}")
 
 
 if __name__ == "__main__":
