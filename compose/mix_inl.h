@@ -14,6 +14,7 @@
 #include <cstdint>
 
 #include "compose/compose_kernels.h"
+#include "core/pixels.h"
 
 namespace zepbmp {
 namespace {
@@ -176,15 +177,12 @@ struct Yuy2 {
 
 // ---------------------------------------------------------------- arithmetic
 
-constexpr int kFullWeight = 4096;
-constexpr int kFullMask = 128;
-
 /// floor(a * (4096 - w) / 4096) + floor(b * w / 4096): bytes scaled by 16, upper halves of the products.
 template <class L>
 struct Mix12 {
     using V = typename L::V;
     static V words(V a, V b, V w) {
-        return L::add(L::mul_high(a, L::sub(L::words(kFullWeight), w)), L::mul_high(b, w));
+        return L::add(L::mul_high(a, L::sub(L::words(kWeightFull), w)), L::mul_high(b, w));
     }
     static V even(V a, V b, V w) { return words(L::template even_bytes<4>(a), L::template even_bytes<4>(b), w); }
     static V odd(V a, V b, V w) { return words(L::template odd_bytes<4>(a), L::template odd_bytes<4>(b), w); }
@@ -195,7 +193,7 @@ template <class L>
 struct Mix7 {
     using V = typename L::V;
     static V words(V a, V b, V w) {
-        const V complement = L::bit_and(L::sub(L::words(kFullMask), w), L::words(0xff));
+        const V complement = L::bit_and(L::sub(L::words(kMaskFull), w), L::words(0xff));
         return L::template shift_right<7>(L::add(L::mul_low(a, complement), L::mul_low(b, w)));
     }
     static V even(V a, V b, V w) { return words(L::template even_bytes<0>(a), L::template even_bytes<0>(b), w); }
@@ -315,13 +313,13 @@ void level_kernel(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_skip
         for (int32_t x = 4 * groups; x < count; ++x)
             dst[y * dst_step + x] = level_byte(a.line[y * a.step + x], b.line[y * b.step + x], w1, w2);
     }
-    if (w1 == kFullWeight && w2 == 0) {
+    if (w1 == kWeightFull && w2 == 0) {
         if (src1 != dst || src1_skip != dst_skip)
             run<L, At>(CopyStep<L>{a}, groups, lines, dst, dst_step);
-    } else if (w1 == 0 && w2 == kFullWeight) {
+    } else if (w1 == 0 && w2 == kWeightFull) {
         if (src2 != dst || src2_skip != dst_skip)
             run<L, At>(CopyStep<L>{b}, groups, lines, dst, dst_step);
-    } else if (w1 == kFullWeight / 2 && w2 == kFullWeight / 2) {
+    } else if (w1 == kWeightFull / 2 && w2 == kWeightFull / 2) {
         run<L, At>(AverageStep<L>{a, b}, groups, lines, dst, dst_step);
     } else {
         run<L, At>(LevelStep<L>{a, b, L::words(w1), L::words(w2)}, groups, lines, dst, dst_step);
@@ -350,7 +348,7 @@ struct RgbqBandStep {
     template <class At>
     V at(At at) const {
         const V p = src1.read(at), q = src2.read(at), a = mask1.read(at), b = mask2.read(at);
-        const V w1 = L::sub(L::words(kFullWeight), b), wc = L::sub(b, a);
+        const V w1 = L::sub(L::words(kWeightFull), b), wc = L::sub(b, a);
         return L::interleave_saturated(
             three_terms<L>(L::template even_bytes<4>(p), w1, L::template even_bytes<4>(q), a, color_even, wc),
             three_terms<L>(L::template odd_bytes<4>(p), w1, L::template odd_bytes<4>(q), a, color_odd, wc));
@@ -375,9 +373,9 @@ struct Yuy2BandStep {
     V at(At at) const {
         const V p = src1.read(at), q = src2.read(at), a = mask1.read(at), b = mask2.read(at);
         const V a_sum = L::pair_sums(a), b_sum = L::pair_sums(b);
-        const V even = three_terms<L>(L::template even_bytes<5>(p), L::sub(L::words(kFullWeight), b),
+        const V even = three_terms<L>(L::template even_bytes<5>(p), L::sub(L::words(kWeightFull), b),
                                       L::template even_bytes<5>(q), a, luma, L::sub(b, a));
-        const V odd = three_terms<L>(L::template odd_bytes<4>(p), L::sub(L::words(2 * kFullWeight), b_sum),
+        const V odd = three_terms<L>(L::template odd_bytes<4>(p), L::sub(L::words(2 * kWeightFull), b_sum),
                                      L::template odd_bytes<4>(q), a_sum, chroma, L::sub(b_sum, a_sum));
         return L::interleave_saturated(halve_rounded<L>(even), halve_rounded<L>(odd));
     }
@@ -387,12 +385,6 @@ struct Yuy2BandStep {
         return src1.is_dense(groups) && src2.is_dense(groups) && mask1.is_dense(groups) && mask2.is_dense(groups);
     }
 };
-
-/// A YUY2 colour argument (Y bits 16..23, U 8..15, V 0..7) as a pair of pixels.
-uint32_t yuy2_pair(uint32_t color) {
-    const uint32_t y = color >> 16 & 0xff, u = color >> 8 & 0xff, v = color & 0xff;
-    return y | u << 8 | y << 16 | v << 24;
-}
 
 template <class L>
 void color_rgbq_band(int32_t count, int32_t lines, uint8_t* dst, ptrdiff_t dst_skip, const uint8_t* src1,
@@ -445,9 +437,9 @@ struct Yuy2ColorStep {
     V at(At at) const {
         const V p = src.read(at), w = mask.read(at), w_sum = L::pair_sums(w);
         const V even =
-            L::add(L::mul_high(L::template even_bytes<5>(p), w), L::mul_high(luma, L::sub(L::words(kFullWeight), w)));
+            L::add(L::mul_high(L::template even_bytes<5>(p), w), L::mul_high(luma, L::sub(L::words(kWeightFull), w)));
         const V odd = L::add(L::mul_high(L::template odd_bytes<4>(p), w_sum),
-                             L::mul_high(chroma, L::sub(L::words(2 * kFullWeight), w_sum)));
+                             L::mul_high(chroma, L::sub(L::words(2 * kWeightFull), w_sum)));
         return L::interleave_saturated(halve_rounded<L>(even), halve_rounded<L>(odd));
     }
     void prefetch(int32_t x) const { src.prefetch(x), mask.prefetch(x); }
@@ -490,7 +482,7 @@ struct RgbqColorStep {
             L::sub_dwords(L::bit_and(L::template shift_right_dwords<8 * k>(pixels), byte), L::dwords(c));
         const V pair =
             L::bit_or(L::bit_and(difference, L::dwords(0xffff)), L::template shift_left_dwords<18>(difference));
-        const V sum = L::add_dwords(L::multiply_pairs(pair, split_weight), L::dwords(c * kFullWeight));
+        const V sum = L::add_dwords(L::multiply_pairs(pair, split_weight), L::dwords(c * kWeightFull));
         const V toward_zero = L::template shift_right_dwords<20>(L::template shift_right_signed_dwords<31>(sum));
         const V value = L::template shift_right_signed_dwords<12>(L::add_dwords(sum, toward_zero));
         return L::template shift_left_dwords<8 * k>(L::bit_and(value, byte));

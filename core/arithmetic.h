@@ -13,9 +13,9 @@ inline int32_t trunc_to_int32(double value) {
 
 /// As above, but a value that is too large becomes the nearest that fits. Not for a NaN.
 inline int32_t hold_to_int32(double value) {
-    if (value >= 2147483647.0)
-        return INT32_MAX;
-    return value <= -2147483648.0 ? INT32_MIN : static_cast<int32_t>(value);
+    constexpr double kLeast = INT32_MIN, kMost = INT32_MAX;
+    value = value > kLeast ? value : kLeast;
+    return static_cast<int32_t>(value < kMost ? value : kMost);
 }
 
 /// Single precision as written: x87 registers hold more, so there the value passes through memory. Static, because files

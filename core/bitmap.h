@@ -1,19 +1,16 @@
 /// \file
-/// What every subsystem knows of a bitmap: scales, addressing, which lines a field flag selects.
+/// What every subsystem knows of a bitmap: addressing, which lines a field flag selects.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "core/pixels.h"
 #include "zepbmp.h"
 
 namespace zepbmp {
 
-constexpr int kWeightBits = 12;
-constexpr int kWeightFull = 1 << kWeightBits;  ///< a BMP_FMT_PWRW pixel that is fully covered; the top of a level
-constexpr int kMaskBits = 7;
-constexpr int kMaskFull = 1 << kMaskBits;  ///< a BMP_FMT_A8 mask pixel that is fully covered
-constexpr int kLineAlignment = 16;         ///< bytes; of `pixels` and of `pitch`
+constexpr int kLineAlignment = 16;  ///< bytes; of `pixels` and of `pitch`
 
 /// The lines that an operation visits: first, first + step, ... below the bitmap's height.
 struct FieldLines {

@@ -1,6 +1,7 @@
 /// \file
 /// Textured polygons with anti-aliased edges: spans go to a scratch line, which is blended in by coverage.
 #include "mapping/polygon/antialiased_walk.h"
+#include "mapping/polygon/spans.h"
 
 namespace zepbmp {
 namespace {
@@ -12,8 +13,8 @@ struct Finisher {
     bool in_pairs;
 };
 
-Finisher finisher_of(const Bitmap& texture) {
-    switch (texture.format) {
+Finisher finisher_of(uint32_t format) {
+    switch (format) {
         case BMP_FMT_YUY2: return {cover_kernels.blend_yuy2, 2, true};
         case BMP_FMT_RGBQ: return {cover_kernels.blend_rgbq, 4, false};
         case BMP_FMT_PWRW: return {cover_kernels.blend_pwrw, 2, false};
@@ -42,7 +43,7 @@ void render(uint8_t* scratch, const AntialiasedWalk& walk, int sub_line, const E
 
 }  // namespace
 
-void draw_antialiased(const Target& target, const Bitmap& texture, const KernelChoice& kernels,
+void draw_antialiased(const Target& target, const Texture& texture, const KernelChoice& kernels,
                       const Polygon& polygon) {
     const int32_t width = target.picture.width;
     if (width <= 0)
@@ -57,7 +58,7 @@ void draw_antialiased(const Target& target, const Bitmap& texture, const KernelC
     const SpanDrawer spans(texture, kernels, polygon, kSubLines, 0, walk.edges(), walk.edge_count(),
                            arena.array<EdgeMapping>(most));
     uint8_t* const scratch = arena.array<uint8_t>(scratch_bytes);
-    const Finisher finisher = finisher_of(texture);
+    const Finisher finisher = finisher_of(texture.format);
     const Plane plane(target.plane);
 
     while (walk.next()) {

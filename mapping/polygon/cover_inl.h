@@ -10,14 +10,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/pixels.h"
 #include "mapping/polygon/cover_kernels.h"
 #include "mapping/polygon/ramp_area.h"
 #include "simd/lanes_sse2.h"
 
 namespace zepbmp {
 namespace {
-
-constexpr int32_t kFull = 4096;  // of coverages and levels
 
 // ---------------------------------------------------------------- ramps
 
@@ -34,9 +33,9 @@ void ramp(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp)
     coverage[last] = ramp_area(last, ramp);
     int32_t x = first + 1;
     if (x + D::kLanes <= last) {
-        const auto k = D::all(ramp.k), step = D::all(double{kRampPixel} * D::kLanes);
-        auto position = D::add(D::all(double(int64_t{x} * kRampPixel + kRampPixel / 2 - ramp.a)),
-                               D::mul(D::counting(), D::all(kRampPixel)));
+        const auto k = D::all(ramp.k), step = D::all(double{kPixelUnits} * D::kLanes);
+        auto position = D::add(D::all(double(int64_t{x} * kPixelUnits + kPixelUnits / 2 - ramp.a)),
+                               D::mul(D::counting(), D::all(kPixelUnits)));
         for (; x + D::kLanes <= last; x += D::kLanes) {
             D::store_truncated_words(coverage + x, D::mul(position, k));
             position = D::add(position, step);
@@ -117,7 +116,7 @@ public:
     typename L::V operator()(typename L::V coverage) const {
         return L::mul_high(L::template shift_left_words<2>(coverage), times_four_);
     }
-    int32_t operator()(int32_t coverage) const { return coverage * level_ >> 12; }
+    int32_t operator()(int32_t coverage) const { return coverage * level_ >> kWeightBits; }
 
 private:
     int32_t level_;
@@ -180,23 +179,24 @@ typename L::V mixed_bytes(typename L::V d, Source s, const Weights<L>& weights) 
 template <class L>
 typename L::V mixed_words(typename L::V d, typename L::V s, typename L::V weight) {
     const auto bias = L::words(0x8000);
-    const auto rest = L::sub(L::words(kFull), weight);
+    const auto rest = L::sub(L::words(kWeightFull), weight);
     d = L::bit_xor(d, bias);
     s = L::bit_xor(s, bias);
     const auto low = L::multiply_pairs(L::interleave_low_words(s, d), L::interleave_low_words(weight, rest));
     const auto high = L::multiply_pairs(L::interleave_high_words(s, d), L::interleave_high_words(weight, rest));
-    return L::bit_xor(
-        L::pack_dwords(L::template shift_right_signed_dwords<12>(low), L::template shift_right_signed_dwords<12>(high)),
-        bias);
+    return L::bit_xor(L::pack_dwords(L::template shift_right_signed_dwords<kWeightBits>(low),
+                                     L::template shift_right_signed_dwords<kWeightBits>(high)),
+                      bias);
 }
 
 void mix_byte(uint8_t& d, uint32_t s, int32_t weight) {
-    d = static_cast<uint8_t>(d + ((static_cast<int32_t>(s) - d) * weight >> 12));
+    d = static_cast<uint8_t>(d + ((static_cast<int32_t>(s) - d) * weight >> kWeightBits));
 }
 
 void mix_word(uint8_t* dst, uint32_t s, int32_t weight) {
     const uint32_t d = dst[0] | uint32_t{dst[1]} << 8;
-    const uint32_t mixed = (s * static_cast<uint32_t>(weight) + d * static_cast<uint32_t>(kFull - weight)) >> 12;
+    const uint32_t mixed =
+        (s * static_cast<uint32_t>(weight) + d * static_cast<uint32_t>(kWeightFull - weight)) >> kWeightBits;
     dst[0] = static_cast<uint8_t>(mixed);
     dst[1] = static_cast<uint8_t>(mixed >> 8);
 }
@@ -238,23 +238,46 @@ void mix_yuy2(uint8_t* dst, const Source& src, const uint16_t* coverage, int32_t
     L::finish();
 }
 
-template <class L, class Source, class Level>
-void mix_pwrw(uint8_t* dst, const Source& src, const uint16_t* coverage, int32_t pixels, const Level& level) {
+/// What each word weighs: by coverage, or all the same.
+template <class L, class Level>
+struct CoveredWords {
+    const uint16_t* coverage;
+    const Level& level;
+
+    typename L::V words(ptrdiff_t x) const { return level(L::load(coverage + x)); }
+    typename L::V words(ptrdiff_t x, int groups) const { return level(L::load_dwords(coverage + x, groups)); }
+    int32_t word(ptrdiff_t x) const { return level(int32_t{coverage[x]}); }
+};
+
+template <class L>
+struct EqualWords {
+    int32_t weight;
+    typename L::V all = L::words(weight);
+
+    typename L::V words(ptrdiff_t, int = 0) const { return all; }
+    int32_t word(ptrdiff_t) const { return weight; }
+};
+
+template <class L, class Source, class WordWeights>
+void mix_words(uint8_t* dst, const Source& src, const WordWeights& weights, int32_t words) {
     constexpr int kWords = L::kBytes / 2;
     ptrdiff_t x = 0;
-    for (; x + kWords <= pixels; x += kWords)
-        L::store(dst + 2 * x, mixed_words<L>(L::load(dst + 2 * x), src.words(2 * x), level(L::load(coverage + x))));
-    if (x + 1 < pixels) {
-        const int n = static_cast<int>(pixels - x) / 2;
-        L::store_dwords(
-            dst + 2 * x,
-            mixed_words<L>(L::load_dwords(dst + 2 * x, n), src.words(2 * x, n), level(L::load_dwords(coverage + x, n))),
-            n);
+    for (; x + kWords <= words; x += kWords)
+        L::store(dst + 2 * x, mixed_words<L>(L::load(dst + 2 * x), src.words(2 * x), weights.words(x)));
+    if (x + 1 < words) {
+        const int n = static_cast<int>(words - x) / 2;
+        L::store_dwords(dst + 2 * x,
+                        mixed_words<L>(L::load_dwords(dst + 2 * x, n), src.words(2 * x, n), weights.words(x, n)), n);
         x += 2 * n;
     }
-    if (x < pixels)
-        mix_word(dst + 2 * x, src.word(2 * x), level(int32_t{coverage[x]}));
+    if (x < words)
+        mix_word(dst + 2 * x, src.word(2 * x), weights.word(x));
     L::finish();
+}
+
+template <class L, class Source, class Level>
+void mix_pwrw(uint8_t* dst, const Source& src, const uint16_t* coverage, int32_t pixels, const Level& level) {
+    mix_words<L>(dst, src, CoveredWords<L, Level>{coverage, level}, pixels);
 }
 
 template <class L>
@@ -264,8 +287,8 @@ typename L::V mixed_as_words(typename L::V d, typename L::V s, typename L::V wei
 
 /// One word a byte; returns how many were done.
 template <class L>
-ptrdiff_t mix_bytes(uint8_t* dst, uint32_t value, const uint16_t* coverage, ptrdiff_t x, ptrdiff_t end, int32_t level) {
-    const Scaled<L> scaled(level);
+ptrdiff_t mix_bytes(uint8_t* dst, uint32_t value, const uint16_t* coverage, ptrdiff_t x, ptrdiff_t end,
+                    const Scaled<L>& scaled) {
     const auto s = L::words(static_cast<int>(value & 0xff));
     for (; x + 2 * L::kDwords <= end; x += 2 * L::kDwords)
         L::store_as_bytes(dst + x, mixed_as_words<L>(L::bytes_as_words(dst + x), s, scaled(L::load(coverage + x))));
@@ -274,10 +297,11 @@ ptrdiff_t mix_bytes(uint8_t* dst, uint32_t value, const uint16_t* coverage, ptrd
 
 template <class L>
 void paint_a8(uint8_t* dst, uint32_t value, const uint16_t* coverage, int32_t pixels, int32_t level) {
-    ptrdiff_t x = mix_bytes<L>(dst, value, coverage, 0, pixels, level);
-    x = mix_bytes<Lanes128>(dst, value, coverage, x, pixels, level);
+    const Scaled<L> scaled(level);
+    ptrdiff_t x = mix_bytes<L>(dst, value, coverage, 0, pixels, scaled);
+    x = mix_bytes<Lanes128>(dst, value, coverage, x, pixels, Scaled<Lanes128>(level));
     for (; x < pixels; ++x)
-        mix_byte(dst[x], value & 0xff, coverage[x] * level >> 12);
+        mix_byte(dst[x], value & 0xff, scaled(int32_t{coverage[x]}));
     L::finish();
 }
 
@@ -305,21 +329,15 @@ void fade_bytes(uint8_t* dst, uint32_t value, int32_t bytes, int32_t level) {
     L::finish();
 }
 
+/// One word as four bytes.
+template <class L>
+Value<L> word_value(uint32_t value) {
+    return Value<L>((value & 0xffff) * 0x10001);
+}
+
 template <class L>
 void fade_words(uint8_t* dst, uint32_t value, int32_t words, int32_t level) {
-    constexpr int kWords = L::kBytes / 2;
-    const auto s = L::words(static_cast<int>(value)), w = L::words(level);
-    ptrdiff_t x = 0;
-    for (; x + kWords <= words; x += kWords)
-        L::store(dst + 2 * x, mixed_words<L>(L::load(dst + 2 * x), s, w));
-    if (x + 1 < words) {
-        const int n = static_cast<int>(words - x) / 2;
-        L::store_dwords(dst + 2 * x, mixed_words<L>(L::load_dwords(dst + 2 * x, n), s, w), n);
-        x += 2 * n;
-    }
-    if (x < words)
-        mix_word(dst + 2 * x, value & 0xffff, level);
-    L::finish();
+    mix_words<L>(dst, word_value<L>(value), EqualWords<L>{level}, words);
 }
 
 // ---------------------------------------------------------------- the set
@@ -346,7 +364,7 @@ struct Paints {
         mix_yuy2<L>(dst, Value<L>(value), coverage, pixels, Scaled<L>(level));
     }
     static void pwrw(uint8_t* dst, uint32_t value, const uint16_t* coverage, int32_t pixels, int32_t level) {
-        mix_pwrw<L>(dst, Value<L>((value & 0xffff) * 0x10001), coverage, pixels, Scaled<L>(level));
+        mix_pwrw<L>(dst, word_value<L>(value), coverage, pixels, Scaled<L>(level));
     }
 };
 

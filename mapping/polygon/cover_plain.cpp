@@ -1,6 +1,6 @@
 /// \file
 /// The coverage kernels in plain code: what each of them means.
-#include "core/bitmap.h"
+#include "core/pixels.h"
 #include "mapping/polygon/cover_kernels.h"
 #include "mapping/polygon/ramp_area.h"
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/bitmap.h"
+#include "core/kernel_tables.h"
 #include "mapping/polygon/ramp_area.h"
 
 namespace zepbmp {

@@ -7,7 +7,7 @@
 
 #include "core/arithmetic.h"
 #include "mapping/polygon/arena.h"
-#include "mapping/polygon/spans.h"
+#include "mapping/polygon/crossing.h"
 
 namespace zepbmp {
 
@@ -24,15 +24,15 @@ struct EdgeCover {
         const Edge& edge = *crossing.edge;
         const double x = crossing.x, slope = edge.slope;
         const double top = (x - 0.5 * slope) * kPixelUnits, bottom = (x + (lines - 0.5) * slope) * kPixelUnits;
-        low = begin = to_units(top < bottom ? top : bottom);
-        high = end = to_units(top < bottom ? bottom : top);
+        low = begin = hold_to_int32(top < bottom ? top : bottom);
+        high = end = hold_to_int32(top < bottom ? bottom : top);
         inside = true;
         if (begin < edge.low || end > edge.high) {
             low = held(begin, edge.low, edge.high);
             high = held(end, edge.low, edge.high);
             inside = false;
         }
-        pixels = {low >> 12, (high >> 12) + ((high & (kPixelUnits - 1)) != 0)};
+        pixels = {low >> kPixelBits, (high >> kPixelBits) + ((high & (kPixelUnits - 1)) != 0)};
         if (pixels.first < 0 || pixels.end > width) {
             pixels = {held(pixels.first, 0, width), held(pixels.end, 0, width)};
             inside = false;
@@ -40,11 +40,6 @@ struct EdgeCover {
     }
 
 private:
-    static int32_t to_units(double value) {
-        constexpr double kLeast = INT32_MIN, kMost = INT32_MAX;
-        value = value > kLeast ? value : kLeast;
-        return static_cast<int32_t>(value < kMost ? value : kMost);
-    }
     static int32_t held(int32_t value, int32_t least, int32_t most) {
         return value < least ? least : value > most ? most : value;
     }

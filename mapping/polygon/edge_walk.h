@@ -3,8 +3,7 @@
 #pragma once
 
 #include "core/arithmetic.h"
-#include "mapping/polygon/edges.h"
-#include "mapping/polygon/spans.h"
+#include "mapping/polygon/crossing.h"
 
 namespace zepbmp {
 

@@ -18,7 +18,7 @@ Point to_units(const BmpVertex& vertex, int sub_lines) {
 }
 
 /// The first line whose centre is at or below y.
-int32_t line_from(int32_t y) { return static_cast<int32_t>((int64_t{y} + (kPixelUnits / 2 - 1)) >> 12); }
+int32_t line_from(int32_t y) { return static_cast<int32_t>((int64_t{y} + (kPixelUnits / 2 - 1)) >> kPixelBits); }
 
 /// An edge's vertices, the upper one first.
 struct Ends {
@@ -117,7 +117,6 @@ int32_t build_edges(const BmpVertex* vertices, int32_t count, int sub_lines, int
 
 EdgeMapping map_edge(const BmpVertex* vertices, int32_t count, int32_t order, int sub_lines, double line_scale,
                      bool perspective) {
-    constexpr double kTexel = 65536;
     const Ends ends = ends_of(vertices, count, order, sub_lines);
     const double height = height_of(ends);
     const auto interpolant = [&](double upper, double lower, double scale) {

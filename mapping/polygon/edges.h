@@ -5,12 +5,10 @@
 
 #include <cstdint>
 
+#include "mapping/polygon/units.h"
 #include "zepbmp.h"
 
 namespace zepbmp {
-
-constexpr int32_t kPixelUnits = 4096;  ///< of a destination coordinate in integers, in x and in y
-constexpr int kSubLines = 3;           ///< of an anti-aliased line
 
 struct Edge {
     int32_t first, end;  ///< lines, `end` exclusive

@@ -8,12 +8,11 @@
 #include <cstdint>
 
 #include "core/kernel_tables.h"
+#include "mapping/polygon/units.h"
 
 namespace zepbmp {
 namespace {
 
-constexpr int kTexelBits = 16;  ///< of a position: 65536 to a texel
-constexpr int32_t kTexel = 1 << kTexelBits;
 constexpr int kFractionBits = 7;  ///< of a box's place within a texel
 constexpr int kFractions = 1 << kFractionBits;
 

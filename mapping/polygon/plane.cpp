@@ -1,10 +1,12 @@
 #include "mapping/polygon/plane.h"
 
+#include "core/kernel_tables.h"
+
 namespace zepbmp {
 namespace {
 
-constexpr uint32_t kMaskMark = 0x80808080;    // kMaskFull in every byte
-constexpr uint32_t kWeightMark = 0x10001000;  // kWeightFull in both words
+constexpr uint32_t kMaskMark = kMaskFull * 0x01010101u;
+constexpr uint32_t kWeightMark = kWeightFull * 0x00010001u;
 
 }  // namespace
 

@@ -1,25 +1,11 @@
 /// \file
-/// The coverage plane beside a picture, and the lines that a field flag selects.
+/// The coverage plane beside a picture.
 #pragma once
 
 #include "core/bitmap.h"
-#include "core/kernel_tables.h"
-#include "mapping/polygon/spans.h"
+#include "mapping/polygon/crossing.h"
 
 namespace zepbmp {
-
-/// With BMP_FIELD the lines of BMP_FIELD_ODD's parity, else all.
-class SelectedLines {
-public:
-    explicit SelectedLines(uint32_t flags)
-        : mask_(flags & BMP_FIELD ? 1 : 0), parity_(flags & BMP_FIELD ? static_cast<int32_t>(flags & 1) : 0) {}
-
-    bool operator()(int32_t line) const { return (line & mask_) == parity_; }
-    int32_t step() const { return mask_ + 1; }
-
-private:
-    int32_t mask_, parity_;
-};
 
 /// A plane of another format than A8 and PWRW, or none, is left alone.
 class Plane {

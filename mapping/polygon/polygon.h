@@ -8,10 +8,26 @@
 
 namespace zepbmp {
 
+struct KernelChoice;
+struct Texture;
+
 struct Polygon {
     const BmpVertex* vertices;
     int32_t count;
     uint32_t flags;  ///< BMP_FIELD..., BMP_MAP_...
+};
+
+/// With BMP_FIELD the lines of BMP_FIELD_ODD's parity, else all.
+class SelectedLines {
+public:
+    explicit SelectedLines(uint32_t flags)
+        : mask_(flags & BMP_FIELD ? 1 : 0), parity_(flags & BMP_FIELD ? static_cast<int32_t>(flags & 1) : 0) {}
+
+    bool operator()(int32_t line) const { return (line & mask_) == parity_; }
+    int32_t step() const { return mask_ + 1; }
+
+private:
+    int32_t mask_, parity_;
 };
 
 /// What is drawn into, and beside it the plane that is marked where something is drawn, or null.
@@ -22,7 +38,7 @@ struct Target {
 
 void draw_textured(const Target& target, const Bitmap* depth, const Bitmap& texture, uint32_t tint,
                    const Polygon& polygon);
-void draw_antialiased(const Target& target, const Bitmap& texture, const struct KernelChoice& kernels,
+void draw_antialiased(const Target& target, const Texture& texture, const KernelChoice& kernels,
                       const Polygon& polygon);
 
 /// level   0..4096; otherwise nothing is drawn

@@ -5,14 +5,13 @@
 #pragma once
 
 #include "core/kernel_tables.h"
+#include "mapping/polygon/units.h"
 
 namespace zepbmp {
 
-constexpr int32_t kRampPixel = 4096;  ///< a pixel's width in a ramp's ends; its area
-
-/// The area of a right-angled triangle with this side along the line; side <= kRampPixel.
+/// The area of a right-angled triangle with this side along the line; side <= kPixelUnits.
 static inline int32_t ramp_triangle(int32_t side, double k) {
-    return static_cast<int32_t>(double(side * side) * k) >> 13;
+    return static_cast<int32_t>(double(side * side) * k) >> (kPixelBits + 1);
 }
 
 /// The area of a pixel whose centre lies `distance` from the ramp's beginning, both ends being outside.
@@ -22,7 +21,7 @@ static inline uint16_t ramp_trapezoid(int64_t distance, double k) {
 
 /// Pixel x touches the ramp. Triangles and trapezoids; the products are double precision.
 static inline uint16_t ramp_area(int32_t x, const CoverRamp& ramp) {
-    const int64_t left = int64_t{x} * kRampPixel, right = left + kRampPixel;
+    const int64_t left = int64_t{x} * kPixelUnits, right = left + kPixelUnits;
     int64_t area;
     if (ramp.a >= left) {
         if (ramp.b <= right)
@@ -30,9 +29,9 @@ static inline uint16_t ramp_area(int32_t x, const CoverRamp& ramp) {
         else
             area = ramp_triangle(static_cast<int32_t>(right - ramp.a), ramp.k);
     } else if (ramp.b <= right) {
-        area = kRampPixel - ramp_triangle(static_cast<int32_t>(ramp.b - left), ramp.k);
+        area = kPixelUnits - ramp_triangle(static_cast<int32_t>(ramp.b - left), ramp.k);
     } else {
-        return ramp_trapezoid(left + kRampPixel / 2 - ramp.a, ramp.k);
+        return ramp_trapezoid(left + kPixelUnits / 2 - ramp.a, ramp.k);
     }
     return static_cast<uint16_t>(area);
 }

@@ -1,15 +1,10 @@
 /// \file
 /// Polygons filled with one colour at one level, with anti-aliased edges.
+#include "core/kernel_tables.h"
 #include "mapping/polygon/antialiased_walk.h"
 
 namespace zepbmp {
 namespace {
-
-/// The bytes of a pair, in memory order, of 0x00YYUUVV.
-uint32_t yuy2_pair(uint32_t color) {
-    const uint32_t y = color >> 16 & 0xff, u = color >> 8 & 0xff, v = color & 0xff;
-    return y | u << 8 | y << 16 | v << 24;
-}
 
 /// How a destination's pixels are written.
 struct Painter {

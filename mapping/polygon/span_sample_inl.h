@@ -31,7 +31,7 @@ struct Nearest {
         const uint8_t* const pixels = texture.pixels;
         for (int i = 0; i < block.count; i += T::kPixels) {
             const int32_t* const offset = block.places.offset + i;
-            prefetch_ahead<T>(texture.pixels, span, offset);
+            prefetch_ahead<T>(pixels, span, offset);
             for (int k = 0; k < T::kPixels; ++k)
                 __builtin_memcpy(block.out + (i + k) * kBytes, pixels + offset[k], kBytes);
         }
@@ -48,7 +48,7 @@ struct NearestPair {
         const uint8_t* const pixels = texture.pixels;
         for (int i = 0; i < block.count; i += T::kPixels) {
             const int32_t* const offset = block.places.offset + i;
-            prefetch_ahead<T>(texture.pixels, span, offset);
+            prefetch_ahead<T>(pixels, span, offset);
             for (int k = 0; k < T::kPixels; k += 2) {
                 const uint8_t *const even = pixels + offset[k], *const odd = pixels + offset[k + 1];
                 uint32_t pair;
@@ -61,8 +61,8 @@ struct NearestPair {
 };
 
 // A box is summed up a column at a time first: its lines in words, each the sum of (byte - 128) * weight so that it
-// fits, then its columns in 32 bits. A window is read in pieces of 16 bytes, which give
-// 16 words in two halves; the last piece may be a half.
+// fits, then its columns in 32 bits. A window is read in pieces of 16 bytes,
+// which give 16 words in two halves; the last piece may be a half.
 
 /// Where a word's texels begin and end in the window, 1/128 texel.
 struct WordTexels {
@@ -304,7 +304,10 @@ private:
     }
 };
 
-/// The four taps of a bilinear sample weigh 16384 together.
+constexpr int kTapBits = 2 * kFractionBits;  // of what the four taps of a bilinear sample weigh together
+constexpr uint32_t kTapRound = 1u << (kTapBits - 1);
+
+/// The weights of those taps.
 template <class T>
 struct TapWeights {
     typename T::V upper, lower;  ///< words: the left texel's, the right one's
@@ -339,7 +342,7 @@ struct BilinearWeights {
     /// Words are taken as signed, 32768 less: four taps of them stay below 2^31.
     template <class T>
     static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
-        constexpr uint32_t kSigned = 0x80008000, kRound = 8192;
+        constexpr uint32_t kSigned = 0x80008000, kBias = 0x8000u << kTapBits;
         for (int i = 0; i < block.count; i += T::kPixels) {
             const int32_t* const offset = block.places.offset + i;
             prefetch_ahead<T>(texture.pixels, span, offset);
@@ -350,7 +353,7 @@ struct BilinearWeights {
                 return T::multiply_pairs(T::bit_xor(T::load(taps), T::dwords(kSigned)), weight);
             };
             const auto sum = T::add_dwords(weighted(upper, weights.upper), weighted(lower, weights.lower));
-            T::store(words, T::template shift_right_dwords<14>(T::add_dwords(sum, T::dwords((32768u << 14) + kRound))));
+            T::store(words, T::template shift_right_dwords<kTapBits>(T::add_dwords(sum, T::dwords(kBias + kTapRound))));
             for (int k = 0; k < T::kPixels; ++k)
                 __builtin_memcpy(block.out + (i + k) * 2, words + k, 2);
         }
@@ -363,7 +366,6 @@ struct BilinearStrength {
 
     template <class T>
     static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
-        constexpr uint32_t kRound = 8192;
         for (int i = 0; i < block.count; i += T::kPixels) {
             const int32_t* const offset = block.places.offset + i;
             prefetch_ahead<T>(texture.pixels, span, offset);
@@ -377,7 +379,8 @@ struct BilinearStrength {
                 return T::multiply_pairs(words, weight);
             };
             const auto sum = T::add_dwords(weighted(upper, weights.upper), weighted(lower, weights.lower));
-            T::store(block.out + i * 4, T::template shift_right_dwords<14>(T::add_dwords(sum, T::dwords(kRound))));
+            T::store(block.out + i * 4,
+                     T::template shift_right_dwords<kTapBits>(T::add_dwords(sum, T::dwords(kTapRound))));
         }
     }
 };

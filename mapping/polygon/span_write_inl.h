@@ -2,6 +2,7 @@
 /// Third pass of a vector span kernel: a block's pixels go into the destination.
 #pragma once
 
+#include "core/pixels.h"
 #include "mapping/polygon/span_block_inl.h"
 
 namespace zepbmp {
@@ -138,8 +139,8 @@ struct TintPairs {
             T::store_even_dwords(luma + i / 2, T::bit_or(two, T::template shift_right_qwords<16>(two)));
         }
         const auto low_bytes = T::words(0xff);
-        const uint32_t y = span.color >> 16 & 0xff, u = span.color >> 8 & 0xff, v = span.color & 0xff;
-        const auto luma_color = T::dwords(y | y << 16), chroma_color = T::dwords(u | v << 16);
+        const auto color = T::dwords(yuy2_pair(span.color));
+        const auto luma_color = T::bit_and(color, low_bytes), chroma_color = T::template shift_right<8>(color);
         const auto tint = [&](auto d, auto color, auto strength) {
             const auto sum = T::add(T::mul_low(d, T::sub(low_bytes, strength)), T::mul_low(color, strength));
             return T::template shift_right<8>(sum);

@@ -10,7 +10,7 @@ namespace {
 /// The first pixel whose centre is at or right of x, which counts to 1/4096.
 int64_t pixel_from(float x) {
     const int64_t units = hold_to_int32(double{x} * -kPixelUnits);
-    return (kPixelUnits / 2 - 1 - units) >> 12;
+    return (kPixelUnits / 2 - 1 - units) >> kPixelBits;
 }
 
 /// A quantity along a span.
@@ -37,14 +37,13 @@ PixelRange pixels_between(float left, float right, int32_t width) {
     return {first < 0 ? 0 : static_cast<int32_t>(first), end > width ? width : static_cast<int32_t>(end)};
 }
 
-SpanDrawer::SpanDrawer(const Bitmap& bitmap, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
+SpanDrawer::SpanDrawer(const Texture& texture, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
                        ptrdiff_t later_pixels, const Edge* edges, int32_t edge_count, EdgeMapping* mappings)
     : perspective_(kernels.perspective),
       prefetch_lines_(kPrefetchLines * sub_lines),
       later_pixels_(later_pixels),
       edges_(edges),
       mappings_(mappings) {
-    const Texture texture = texture_of(bitmap, polygon.flags);
     const FilterChoice filter = polygon.flags & BMP_MAP_NO_FILTER
                                     ? unfiltered(texture)
                                     : choose_filter(texture, polygon.vertices, polygon.count);

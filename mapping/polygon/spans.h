@@ -3,24 +3,11 @@
 #pragma once
 
 #include "core/kernel_tables.h"
-#include "mapping/polygon/edges.h"
+#include "mapping/polygon/crossing.h"
 #include "mapping/polygon/kernel_choice.h"
 #include "mapping/polygon/texture.h"
 
 namespace zepbmp {
-
-/// An edge where it crosses the centre of a line or sub-line.
-struct Crossing {
-    const Edge* edge;
-    float x;
-};
-
-/// Pixels first .. end-1.
-struct PixelRange {
-    int32_t first, end;
-
-    bool empty() const { return first >= end; }
-};
 
 /// The pixels whose centres lie between two crossings, within 0 .. width-1.
 PixelRange pixels_between(float left, float right, int32_t width);
@@ -29,7 +16,7 @@ PixelRange pixels_between(float left, float right, int32_t width);
 class SpanDrawer {
 public:
     /// `mappings`: room for one of each edge. later_pixels: a hint, bytes from a line that is drawn to a later one.
-    SpanDrawer(const Bitmap& texture, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
+    SpanDrawer(const Texture& texture, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
                ptrdiff_t later_pixels, const Edge* edges, int32_t edge_count, EdgeMapping* mappings);
 
     /// Draws pixels of a line with the texture coordinates that the two edges have on `line`, a sub-line where there

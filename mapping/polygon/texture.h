@@ -10,6 +10,7 @@ struct Texture {
     const uint8_t* pixels;  ///< of the first line sampled
     ptrdiff_t pitch;        ///< bytes from a line sampled to the next
     int32_t columns, rows;  ///< at most kTextureLimit of each; where one is below 1 there is nothing to sample
+    uint32_t format;        ///< BMP_FMT_...
     int32_t texel_bytes;
     double line_scale;    ///< lines sampled to a frame line: 1, or 0.5 in a field
     int32_t line_offset;  ///< 16.16: where the field's lines lie against the frame's

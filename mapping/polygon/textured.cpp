@@ -11,12 +11,7 @@ namespace {
 
 constexpr int kLaterLines = 2;  // destination lines whose memory is asked for ahead
 
-bool has_texels(const Bitmap& texture, uint32_t flags) {
-    const Texture sampled = texture_of(texture, flags);
-    return sampled.columns >= 1 && sampled.rows >= 1;
-}
-
-void draw_lines(const Target& target, const Bitmap* depth, const Bitmap& texture, uint32_t tint,
+void draw_lines(const Target& target, const Bitmap* depth, const Texture& texture, uint32_t tint,
                 const KernelChoice& kernels, const Polygon& polygon) {
     const auto most = static_cast<uint64_t>(polygon.count);
     Arena arena;
@@ -49,10 +44,12 @@ void draw_lines(const Target& target, const Bitmap* depth, const Bitmap& texture
 
 }  // namespace
 
-void draw_textured(const Target& target, const Bitmap* depth, const Bitmap& texture, uint32_t tint,
+void draw_textured(const Target& target, const Bitmap* depth, const Bitmap& bitmap, uint32_t tint,
                    const Polygon& polygon) {
-    const KernelChoice kernels = choose_kernels(target.picture, texture, depth != nullptr, polygon);
-    if (kernels.group == kNoGroup || !has_texels(texture, polygon.flags) || !is_finite(polygon.vertices, polygon.count))
+    const KernelChoice kernels = choose_kernels(target.picture, bitmap, depth != nullptr, polygon);
+    const Texture texture = texture_of(bitmap, polygon.flags);
+    if (kernels.group == kNoGroup || texture.columns < 1 || texture.rows < 1 ||
+        !is_finite(polygon.vertices, polygon.count))
         return;
     if (kernels.antialiased)
         draw_antialiased(target, texture, kernels, polygon);
