@@ -14,11 +14,13 @@
 #include <vector>
 
 #include "core/kernel_tables.h"
+#include "tests/support/formats.h"
 #include "zepbmp.h"
 
 namespace {
 
 using namespace zepbmp;
+using test::bytes_per_pixel;
 
 /// The input from front to back; zeros behind its end.
 class Input {
@@ -45,16 +47,6 @@ private:
     const uint8_t* data_;
     size_t left_;
 };
-
-int bytes_per_pixel(int format) {
-    switch (format) {
-        case BMP_FMT_YUY2:
-        case BMP_FMT_PWRW: return 2;
-        case BMP_FMT_RGB8:
-        case BMP_FMT_A8: return 1;
-        default: return 4;
-    }
-}
 
 struct Free {
     void operator()(void* block) const { std::free(block); }

@@ -6,16 +6,6 @@
 
 namespace zepbmp::test {
 
-int bytes_per_pixel(int format) {
-    switch (format) {
-        case BMP_FMT_YUY2:
-        case BMP_FMT_PWRW: return 2;
-        case BMP_FMT_RGB8:
-        case BMP_FMT_A8: return 1;
-        default: return 4;
-    }
-}
-
 void Frame::lay_out(const FrameLayout& layout) {
     layout_ = layout;
     uint8_t* const first = place(*pages_, layout.extent(), layout.at_end, layout.skew);

@@ -7,12 +7,11 @@
 #include <vector>
 
 #include "fence.h"
+#include "formats.h"
 #include "random.h"
 #include "zepbmp.h"
 
 namespace zepbmp::test {
-
-int bytes_per_pixel(int format);
 
 /// How a frame lies in memory.
 struct FrameLayout {
