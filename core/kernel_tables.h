@@ -105,6 +105,7 @@ struct Span {
 /// that are not the span's may be written again as they were. The destination has the texture's layout, under a tint its
 /// own.
 using SpanKernel = void(const SpanTexture& texture, const Span& span);
+constexpr int kSpanBlock = 256;  ///< pixels that vector kernels take at a time
 constexpr int kSpanFilters = 21;
 constexpr int kSpanGroups = 10;
 

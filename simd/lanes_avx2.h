@@ -25,6 +25,7 @@ struct Lanes256 {
     static void store_streamed(void* p, V v) { _mm256_stream_si256(static_cast<V*>(p), v); }
     static void end_stream() { _mm_sfence(); }
     static void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
+    static void prefetch_far(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T1); }
 
     static V first_dwords(int n) {
         alignas(32) static constexpr int32_t kOnesThenZeros[16] = {-1, -1, -1, -1, -1, -1, -1, -1};

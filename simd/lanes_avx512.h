@@ -29,6 +29,7 @@ struct Lanes512 {
     static void store_streamed(void* p, V v) { _mm512_stream_si512(static_cast<V*>(p), v); }
     static void end_stream() { _mm_sfence(); }
     static void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
+    static void prefetch_far(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T1); }
 
     static __mmask16 first_dwords(int n) { return static_cast<__mmask16>((1u << n) - 1); }
     static V load_dwords(const void* p, int n) { return _mm512_maskz_loadu_epi32(first_dwords(n), p); }

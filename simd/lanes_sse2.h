@@ -25,6 +25,7 @@ struct Lanes128 {
     static void store_streamed(void* p, V v) { _mm_stream_si128(static_cast<V*>(p), v); }
     static void end_stream() { _mm_sfence(); }
     static void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
+    static void prefetch_far(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T1); }
 
     static V load_dword(const void* p) {
         int32_t word;

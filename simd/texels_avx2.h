@@ -38,11 +38,6 @@ struct Texels256 : Lanes256 {
     static V spread_high(V v) {
         return _mm256_shuffle_epi8(v, words_at(4 * kDword + 2));
     }
-    template <int kDword>
-    static V spread_low_bytes(V v) {
-        constexpr uint32_t kZeroes = 0x80008000, kByte = 4 * kDword;
-        return _mm256_shuffle_epi8(v, dwords(kZeroes | (kByte + 1) << 16 | kByte));
-    }
 
     template <int kDword>
     static V load_rows(const uint8_t* base, const int32_t* offset, ptrdiff_t pitch) {
@@ -56,6 +51,17 @@ struct Texels256 : Lanes256 {
     template <int kDword>
     static V load_half_windows(const uint8_t* base, const int32_t* offset) {
         return joined(word(base + offset[kDword]), word(base + offset[4 + kDword]));
+    }
+    template <int kDword>
+    static V bilinear(V rows, V weights) {
+        const V taps =
+            _mm256_shuffle_epi8(rows, each(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)));
+        const V minus_columns =  // so that 128 fits into a signed byte
+            _mm256_shuffle_epi8(_mm256_sub_epi8(dwords(0), weights), words_at(4 * kDword));
+        constexpr uint32_t kZeroes = 0x80008000, kByte = 4 * kDword + 2;
+        const V lines = _mm256_shuffle_epi8(weights, dwords(kZeroes | (kByte + 1) << 16 | kByte));
+        const V minus_sum = _mm256_madd_epi16(_mm256_maddubs_epi16(taps, minus_columns), lines);
+        return _mm256_srli_epi32(_mm256_sub_epi32(dwords(1 << 13), minus_sum), 14);
     }
     static V weigh_rows(V rows, V pairs) {
         return weighted(
@@ -77,6 +83,11 @@ struct Texels256 : Lanes256 {
     }
     static V pack(V a, V b, V c, V d) {
         return _mm256_packus_epi16(_mm256_packs_epi32(a, b), _mm256_packs_epi32(c, d));
+    }
+    static void store_low_words(void* p, V v) {
+        const V words =
+            _mm256_shuffle_epi8(v, each(_mm_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, -1, -1, -1, -1, -1, -1, -1, -1)));
+        _mm_storeu_si128(static_cast<__m128i*>(p), _mm256_castsi256_si128(_mm256_permute4x64_epi64(words, 0x08)));
     }
     static void store_even_dwords(void* p, V v) {
         const V even = _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 2, 4, 6, 0, 2, 4, 6));

@@ -37,11 +37,6 @@ struct Texels512 : Lanes512 {
     static V spread_high(V v) {
         return _mm512_shuffle_epi8(v, words_at(4 * kDword + 2));
     }
-    template <int kDword>
-    static V spread_low_bytes(V v) {
-        constexpr uint32_t kZeroes = 0x80008000, kByte = 4 * kDword;
-        return _mm512_shuffle_epi8(v, dwords(kZeroes | (kByte + 1) << 16 | kByte));
-    }
 
     template <int kDword>
     static V load_rows(const uint8_t* base, const int32_t* offset, ptrdiff_t pitch) {
@@ -57,6 +52,17 @@ struct Texels512 : Lanes512 {
     static V load_half_windows(const uint8_t* base, const int32_t* offset) {
         return joined(two_words(base + offset[kDword], base + offset[4 + kDword]),
                       two_words(base + offset[8 + kDword], base + offset[12 + kDword]));
+    }
+    template <int kDword>
+    static V bilinear(V rows, V weights) {
+        const V taps =
+            _mm512_shuffle_epi8(rows, each(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)));
+        const V minus_columns =  // so that 128 fits into a signed byte
+            _mm512_shuffle_epi8(_mm512_sub_epi8(dwords(0), weights), words_at(4 * kDword));
+        constexpr uint32_t kZeroes = 0x80008000, kByte = 4 * kDword + 2;
+        const V lines = _mm512_shuffle_epi8(weights, dwords(kZeroes | (kByte + 1) << 16 | kByte));
+        const V minus_sum = _mm512_madd_epi16(_mm512_maddubs_epi16(taps, minus_columns), lines);
+        return _mm512_srli_epi32(_mm512_sub_epi32(dwords(1 << 13), minus_sum), 14);
     }
     static V weigh_rows(V rows, V pairs) {
         return weighted(
@@ -75,6 +81,9 @@ struct Texels512 : Lanes512 {
     static V third_dword_first(V v) { return _mm512_maskz_shuffle_epi32(0x1111, v, static_cast<_MM_PERM_ENUM>(0x02)); }
     static V pack(V a, V b, V c, V d) {
         return _mm512_packus_epi16(_mm512_packs_epi32(a, b), _mm512_packs_epi32(c, d));
+    }
+    static void store_low_words(void* p, V v) {
+        _mm256_storeu_si256(static_cast<__m256i*>(p), _mm512_cvtepi32_epi16(v));
     }
     static void store_even_dwords(void* p, V v) {
         _mm256_storeu_si256(static_cast<__m256i*>(p), _mm512_cvtepi64_epi32(v));

@@ -37,12 +37,6 @@ struct Texels128 : Lanes128 {
     static V spread_high(V v) {
         return spread_word<2 * kDword + 1>(v);
     }
-    template <int kDword>
-    static V spread_low_bytes(V v) {
-        const V bytes =
-            kDword < 2 ? _mm_unpacklo_epi8(v, _mm_setzero_si128()) : _mm_unpackhi_epi8(v, _mm_setzero_si128());
-        return _mm_shuffle_epi32(bytes, kDword % 2 * 0xaa);
-    }
 
     template <int kDword>
     static V load_rows(const uint8_t* base, const int32_t* offset, ptrdiff_t pitch) {
@@ -57,6 +51,15 @@ struct Texels128 : Lanes128 {
     static V load_half_windows(const uint8_t* base, const int32_t* offset) {
         return load_half(base + offset[kDword]);
     }
+    template <int kDword>
+    static V bilinear(V rows, V weights) {
+        const V no_bytes = _mm_setzero_si128();
+        const V bytes = kDword < 2 ? _mm_unpacklo_epi8(weights, no_bytes) : _mm_unpackhi_epi8(weights, no_bytes);
+        const V columns = _mm_shuffle_epi32(bytes, kDword % 2 * 0xaa);
+        const V words = weigh_rows(rows, spread_high<kDword>(weights));
+        const V sum = _mm_madd_epi16(arrange_rgbq(words), columns);
+        return _mm_srli_epi32(_mm_add_epi32(sum, _mm_set1_epi32(128 << 14 | 1 << 13)), 14);
+    }
     static V weigh_rows(V rows, V pairs) { return weighted(low(rows), high(rows), pairs); }
     static V weigh_low(V a, V b, V pairs) { return weighted(low(a), low(b), pairs); }
     static V weigh_high(V a, V b, V pairs) { return weighted(high(a), high(b), pairs); }
@@ -69,6 +72,10 @@ struct Texels128 : Lanes128 {
     }
     static V third_dword_first(V v) { return _mm_and_si128(_mm_shuffle_epi32(v, 0x02), _mm_setr_epi32(-1, 0, 0, 0)); }
     static V pack(V a, V b, V c, V d) { return _mm_packus_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d)); }
+    static void store_low_words(void* p, V v) {
+        const V signed_words = _mm_srai_epi32(_mm_slli_epi32(v, 16), 16);
+        _mm_storel_epi64(static_cast<V*>(p), _mm_packs_epi32(signed_words, signed_words));
+    }
     static void store_even_dwords(void* p, V v) { _mm_storel_epi64(static_cast<V*>(p), _mm_shuffle_epi32(v, 0x08)); }
     template <int kShift>
     static V shift_right_qwords(V v) {

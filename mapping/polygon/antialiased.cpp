@@ -28,8 +28,8 @@ constexpr int32_t kMostPixelBytes = 4;
 constexpr int kRenderOrder[kSubLines] = {0, 2, 1};
 
 /// Renders the spans between a sub-line's pairs of edges, as far as their coverages `covers` reach.
-void render(uint8_t* scratch, const AntialiasedWalk& walk, int sub_line, const EdgeCover* covers,
-            const SpanDrawer& spans, bool in_pairs) {
+void render(uint8_t* scratch, ptrdiff_t later_pixels, const AntialiasedWalk& walk, int sub_line,
+            const EdgeCover* covers, const SpanDrawer& spans, bool in_pairs) {
     const Crossing* const crossings = walk.crossings(sub_line);
     for (int32_t i = 0; i + 1 < walk.count(sub_line); i += 2) {
         PixelRange pixels = {covers[i].pixels.first, covers[i + 1].pixels.end};
@@ -37,7 +37,10 @@ void render(uint8_t* scratch, const AntialiasedWalk& walk, int sub_line, const E
             continue;
         if (in_pairs)
             pixels.first &= ~1;
-        spans.draw(scratch, pixels, walk.line() * kSubLines + sub_line, crossings[i], crossings[i + 1]);
+        Span span = spans.between(crossings[i], crossings[i + 1], walk.line() * kSubLines + sub_line, pixels);
+        span.line = scratch;
+        span.later_pixels = later_pixels;
+        spans.draw(span);
     }
 }
 
@@ -55,20 +58,21 @@ void draw_antialiased(const Target& target, const Texture& texture, const Kernel
     if (!arena.reserve(AntialiasedWalk::bytes(target, polygon) + scratch_bytes + Arena::bytes<EdgeMapping>(most)))
         return;
     AntialiasedWalk walk(arena, target, polygon);
-    const SpanDrawer spans(texture, kernels, polygon, kSubLines, 0, walk.edges(), walk.edge_count(),
+    const SpanDrawer spans(texture, kernels, polygon, kSubLines, walk.edges(), walk.edge_count(),
                            arena.array<EdgeMapping>(most));
     uint8_t* const scratch = arena.array<uint8_t>(scratch_bytes);
     const Finisher finisher = finisher_of(texture.format);
     const Plane plane(target.plane);
 
     while (walk.next()) {
+        uint8_t* const line = line_address(target.picture, walk.line());
+        const ptrdiff_t later_pixels = line - scratch;
         if (walk.whole()) {
-            render(scratch, walk, 1, walk.covers(0), spans, finisher.in_pairs);
+            render(scratch, later_pixels, walk, 1, walk.covers(0), spans, finisher.in_pairs);
         } else {
             for (const int sub_line : kRenderOrder)
-                render(scratch, walk, sub_line, walk.covers(sub_line), spans, finisher.in_pairs);
+                render(scratch, later_pixels, walk, sub_line, walk.covers(sub_line), spans, finisher.in_pairs);
         }
-        uint8_t* const line = line_address(target.picture, walk.line());
         for (const CoverSegment& segment : walk.coverage()) {
             const int32_t count = segment.pixels.end - segment.pixels.first;
             const ptrdiff_t offset = ptrdiff_t{segment.pixels.first} * finisher.pixel_bytes;

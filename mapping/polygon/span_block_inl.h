@@ -7,8 +7,6 @@
 namespace zepbmp {
 namespace {
 
-constexpr int kBlock = 256;  // pixels
-
 /// What a sampler reads of a line for a pixel. It reads windows of whole registers, which may hold more texels than
 /// have a weight.
 struct Windows {
@@ -41,18 +39,21 @@ Geometry geometry_of(const SpanTexture& texture, const Windows& windows) {
 
 /// Where the pixels of a block lie.
 struct Places {
-    alignas(64) int32_t offset[kBlock];     ///< bytes from the texture's first texel to the window
-    alignas(64) uint32_t fraction[kBlock];  ///< where the box begins in the window: 1/128 texel, v in the upper half
+    alignas(64) int32_t offset[kSpanBlock];  ///< bytes from the texture's first texel to the window
+    alignas(
+        64) uint32_t fraction[kSpanBlock];  ///< where the box begins in the window: 1/128 texel, v in the upper half
 };
 
 /// What the passes over a block share. Its first pixel may lie left of the span.
 struct Block {
     int32_t first;
     int count;
-    float w;  ///< depth of the span's next pixel
+    float w;          ///< depth of the span's next pixel
+    uintptr_t later;  ///< where the block lies on a later line
+    int pixel_bytes;  ///< there
     Places places;
-    alignas(64) uint32_t drawn[kBlock];       ///< all ones where a pixel passes the depth test, else 0
-    alignas(64) uint8_t out[kBlock * 4 + 4];  ///< pixels, or strengths of a tint
+    alignas(64) uint32_t drawn[kSpanBlock];       ///< all ones where a pixel passes the depth test, else 0
+    alignas(64) uint8_t out[kSpanBlock * 4 + 4];  ///< pixels, or strengths of a tint
 };
 
 using Pass = void(const SpanTexture& texture, const Geometry& geometry, const Span& span, Block& block);

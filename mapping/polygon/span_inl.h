@@ -21,7 +21,8 @@ namespace {
 /// A kernel.
 struct Passes {
     Windows windows;
-    int align;  ///< blocks begin with a multiple of it
+    int align;        ///< blocks begin with a multiple of it
+    int pixel_bytes;  ///< of the destination
     Pass *locate_near, *locate_far, *sample, *write;
 };
 
@@ -35,8 +36,11 @@ void draw_in_passes(const Passes& passes, SpanKernel* plain, const SpanTexture& 
         return plain(texture, span);
     Pass* const locate = passes.windows.taps_inside && is_near(texture) ? passes.locate_near : passes.locate_far;
     Block block;
-    for (block.first = span.first & -passes.align; block.first <= span.last; block.first += kBlock) {
-        block.count = span.last - block.first < kBlock ? span.last - block.first + 1 : kBlock;
+    block.pixel_bytes = passes.pixel_bytes;
+    for (block.first = span.first & -passes.align; block.first <= span.last; block.first += kSpanBlock) {
+        block.count = span.last - block.first < kSpanBlock ? span.last - block.first + 1 : kSpanBlock;
+        block.later = reinterpret_cast<uintptr_t>(span.line) + static_cast<uintptr_t>(span.later_pixels) +
+                      static_cast<uintptr_t>(ptrdiff_t{block.first} * passes.pixel_bytes);
         locate(texture, geometry, span, block);
         passes.sample(texture, geometry, span, block);
         passes.write(texture, geometry, span, block);
@@ -50,6 +54,7 @@ void draw_span(const SpanTexture& texture, const Span& span) {
     static constexpr Passes kPasses = {
         .windows = Sampler::kWindows,
         .align = Writer::kAlign,
+        .pixel_bytes = Writer::kPixelBytes,
         .locate_near = Projection::template locate<T, NearPlacer<T, kTexelsToWindow, Sampler::kWindows.bytes != 0>>,
         .locate_far = Projection::template locate<T, FarPlacer<T, kTexelsToWindow>>,
         .sample = Sampler::template sample<T>,

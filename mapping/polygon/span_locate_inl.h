@@ -190,7 +190,7 @@ struct DepthTested {
             const float start = static_cast<float>(span.first) * span.dw;
             block.w = start + span.w_start;
         }
-        alignas(64) float w[kBlock], depth[kBlock];
+        alignas(64) float w[kSpanBlock], depth[kSpanBlock];
         const int padded = (block.count + T::kPixels - 1) / T::kPixels * T::kPixels;
         for (int i = 0; i < lead; ++i)
             w[i] = depth[i] = kNowhere;

@@ -10,14 +10,29 @@
 namespace zepbmp {
 namespace {
 
-constexpr int kPrefetchPixels = 4;  // apart from each other
+/// Lines of the texture and of the destination are cold memory that hardware does not foresee: asks for what a register
+/// of pixels needs some lines further down. Little by little, since the processor can wait for few cache lines at once.
+///   kTaps   texels of a pixel: the more, the more of the texture lies between two pixels
+template <class T, int kTaps = 1>
+void prefetch_ahead(const SpanTexture& texture, const Span& span, const Block& block, int i) {
+    constexpr int kPixelsApart = kTaps <= 4 ? 4 : kTaps <= 9 ? 2 : 1;
+    const uintptr_t texels = reinterpret_cast<uintptr_t>(texture.pixels) + static_cast<uintptr_t>(span.later_texels);
+    for (int k = i; k < i + T::kPixels; k += kPixelsApart)
+        T::prefetch_far(
+            reinterpret_cast<const void*>(texels + static_cast<uintptr_t>(intptr_t{block.places.offset[k]})));
+    T::prefetch_far(reinterpret_cast<const void*>(block.later + static_cast<uintptr_t>(i * block.pixel_bytes)));
+}
 
-/// Texture lines are cold memory that hardware does not foresee: asks for what a later line needs.
-template <class T>
-void prefetch_ahead(const uint8_t* pixels, const Span& span, const int32_t* offset) {
-    const uintptr_t later = reinterpret_cast<uintptr_t>(pixels) + static_cast<uintptr_t>(span.later_texels);
-    for (int k = 0; k < T::kPixels; k += kPrefetchPixels)
-        T::prefetch(reinterpret_cast<const void*>(later + static_cast<uintptr_t>(intptr_t{offset[k]})));
+/// Calls take(k, at) for every pixel k of a block, and for those that fill up its last register: at is its first texel.
+template <class T, class Take>
+void each_place(const SpanTexture& texture, const Span& span, const Block& block, Take take) {
+    const uint8_t* const pixels = texture.pixels;
+    for (int i = 0; i < block.count; i += T::kPixels) {
+        prefetch_ahead<T>(texture, span, block, i);
+        const int32_t* const offset = block.places.offset + i;
+        for (int k = 0; k < T::kPixels; ++k)
+            take(i + k, pixels + offset[k]);
+    }
 }
 
 /// The nearest texel.
@@ -28,13 +43,9 @@ struct Nearest {
     template <class T>
     static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
         constexpr int kBytes = 1 << kTexelShift;
-        const uint8_t* const pixels = texture.pixels;
-        for (int i = 0; i < block.count; i += T::kPixels) {
-            const int32_t* const offset = block.places.offset + i;
-            prefetch_ahead<T>(pixels, span, offset);
-            for (int k = 0; k < T::kPixels; ++k)
-                __builtin_memcpy(block.out + (i + k) * kBytes, pixels + offset[k], kBytes);
-        }
+        uint8_t* const out = block.out;
+        each_place<T>(texture, span, block,
+                      [out](int k, const uint8_t* at) { __builtin_memcpy(out + k * kBytes, at, kBytes); });
     }
 };
 
@@ -48,7 +59,7 @@ struct NearestPair {
         const uint8_t* const pixels = texture.pixels;
         for (int i = 0; i < block.count; i += T::kPixels) {
             const int32_t* const offset = block.places.offset + i;
-            prefetch_ahead<T>(pixels, span, offset);
+            prefetch_ahead<T>(texture, span, block, i);
             for (int k = 0; k < T::kPixels; k += 2) {
                 const uint8_t *const even = pixels + offset[k], *const odd = pixels + offset[k + 1];
                 uint32_t pair;
@@ -212,58 +223,48 @@ struct BoxSampler {
         using V = typename T::V;
         for (int i = 0; i < block.count; i += T::kPixels) {
             const int32_t* const offset = block.places.offset + i;
-            prefetch_ahead<T>(texture.pixels, span, offset);
+            prefetch_ahead<T, kWindows.columns * kWindows.lines>(texture, span, block, i);
             const V fraction = T::load(block.places.fraction + i);
             const LineWeights<T, kRowBox> lines(fraction);
-            const V columns = kExact ? lines.first_two : fraction;
-            const V a = pixels<T, 0>(texture, offset, columns, lines),
-                    b = pixels<T, 1>(texture, offset, columns, lines),
-                    c = pixels<T, 2>(texture, offset, columns, lines),
-                    d = pixels<T, 3>(texture, offset, columns, lines);
+            const V a = pixels<T, 0>(texture, offset, fraction, lines),
+                    b = pixels<T, 1>(texture, offset, fraction, lines),
+                    c = pixels<T, 2>(texture, offset, fraction, lines),
+                    d = pixels<T, 3>(texture, offset, fraction, lines);
             Format::template store<T>(block.out + i * Format::kPixelBytes, T::pack(a, b, c, d));
         }
     }
 
 private:
-    /// Of the columns of every word: where the box begins, or in an exact window the weights themselves, which are made
-    /// like those of two lines.
-    template <class T, int kDword>
-    static typename T::V column_places(typename T::V columns) {
-        if constexpr (kExact)
-            return T::template spread_low_bytes<kDword>(columns);
-        else
-            return T::template spread_low<kDword>(columns);
-    }
-
     template <class T, int kHalf>
     static typename T::V column_weights(typename T::V place) {
-        if constexpr (kExact) {
-            return place;
-        } else {
-            constexpr const WordTexels& texels = kWordTexels<Format, kHalf>;
-            return T::sub_to_zero_words(T::min_signed_words(T::repeat(texels.end), T::add(place, T::words(kColumnBox))),
-                                        T::max_signed_words(T::repeat(texels.begin), place));
-        }
+        constexpr const WordTexels& texels = kWordTexels<Format, kHalf>;
+        return T::sub_to_zero_words(T::min_signed_words(T::repeat(texels.end), T::add(place, T::words(kColumnBox))),
+                                    T::max_signed_words(T::repeat(texels.begin), place));
     }
 
     /// The pixels kDword, kDword + 4, ... of a register.
     template <class T, int kDword>
-    static typename T::V pixels(const SpanTexture& texture, const int32_t* offset, typename T::V columns,
+    static typename T::V pixels(const SpanTexture& texture, const int32_t* offset, typename T::V fraction,
                                 const LineWeights<T, kRowBox>& lines) {
-        LineWeights<T, kRowBox> weights = lines;
-        weights.first_two = T::template spread_high<kDword>(lines.first_two);
-        weights.third = T::template spread_high<kDword>(lines.third);
-        const auto place = column_places<T, kDword>(columns);
-        auto sum = T::dwords(0);
-        if constexpr (kRowsInOne) {
-            const auto rows = T::template load_rows<kDword>(texture.pixels, offset, texture.pitch);
-            sum = T::multiply_pairs(Format::template arrange<T>(T::weigh_rows(rows, weights.first_two)),
-                                    column_weights<T, 0>(place));
+        if constexpr (kExact) {  // columns weigh like lines
+            return T::template bilinear<kDword>(T::template load_rows<kDword>(texture.pixels, offset, texture.pitch),
+                                                lines.first_two);
         } else {
-            add_windows<T, kDword>(sum, texture, offset, place, weights,
-                                   std::make_integer_sequence<int, (kHalves + 1) / 2>());
+            LineWeights<T, kRowBox> weights = lines;
+            weights.first_two = T::template spread_high<kDword>(lines.first_two);
+            weights.third = T::template spread_high<kDword>(lines.third);
+            const auto place = T::template spread_low<kDword>(fraction);
+            auto sum = T::dwords(0);
+            if constexpr (kRowsInOne) {
+                const auto rows = T::template load_rows<kDword>(texture.pixels, offset, texture.pitch);
+                sum = T::multiply_pairs(Format::template arrange<T>(T::weigh_rows(rows, weights.first_two)),
+                                        column_weights<T, 0>(place));
+            } else {
+                add_windows<T, kDword>(sum, texture, offset, place, weights,
+                                       std::make_integer_sequence<int, (kHalves + 1) / 2>());
+            }
+            return normalised<T, uint32_t{kColumnBox} * kRowBox>(Format::template total<T>(sum));
         }
-        return normalised<T, uint32_t{kColumnBox} * kRowBox>(Format::template total<T>(sum));
     }
 
     template <class T, int kDword, int... kWindow>
@@ -323,17 +324,15 @@ struct TapWeights {
     }
 };
 
-/// Two texels of each line, gathered one after the other. `Two` holds both.
-template <class T, class Two>
-void gather_taps(const SpanTexture& texture, const int32_t* offset, uint32_t* upper, uint32_t* lower) {
-    for (int k = 0; k < T::kPixels; ++k) {
-        Two two;
-        __builtin_memcpy(&two, texture.pixels + offset[k], sizeof two);
-        upper[k] = two;
-        __builtin_memcpy(&two, texture.pixels + offset[k] + texture.pitch, sizeof two);
-        lower[k] = two;
-    }
+template <class Value>
+Value value_at(const uint8_t* at) {
+    Value value;
+    __builtin_memcpy(&value, at, sizeof value);
+    return value;
 }
+
+// Where taps are gathered one by one, all those of a block are before any is used: a wide load has to wait until the
+// narrow stores before it have reached the cache.
 
 /// Weights of a weight map.
 struct BilinearWeights {
@@ -343,19 +342,19 @@ struct BilinearWeights {
     template <class T>
     static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
         constexpr uint32_t kSigned = 0x80008000, kBias = 0x8000u << kTapBits;
+        alignas(64) uint32_t upper[kSpanBlock], lower[kSpanBlock];
+        each_place<T>(texture, span, block, [&](int k, const uint8_t* at) {
+            upper[k] = value_at<uint32_t>(at);
+            lower[k] = value_at<uint32_t>(at + texture.pitch);
+        });
         for (int i = 0; i < block.count; i += T::kPixels) {
-            const int32_t* const offset = block.places.offset + i;
-            prefetch_ahead<T>(texture.pixels, span, offset);
-            alignas(64) uint32_t upper[T::kPixels], lower[T::kPixels], words[T::kPixels];
-            gather_taps<T, uint32_t>(texture, offset, upper, lower);
             const TapWeights<T> weights(T::load(block.places.fraction + i));
-            const auto weighted = [](const uint32_t* taps, auto weight) {
-                return T::multiply_pairs(T::bit_xor(T::load(taps), T::dwords(kSigned)), weight);
+            const auto weighted = [](const uint32_t* pairs, auto weight) {
+                return T::multiply_pairs(T::bit_xor(T::load(pairs), T::dwords(kSigned)), weight);
             };
-            const auto sum = T::add_dwords(weighted(upper, weights.upper), weighted(lower, weights.lower));
-            T::store(words, T::template shift_right_dwords<kTapBits>(T::add_dwords(sum, T::dwords(kBias + kTapRound))));
-            for (int k = 0; k < T::kPixels; ++k)
-                __builtin_memcpy(block.out + (i + k) * 2, words + k, 2);
+            const auto sum = T::add_dwords(weighted(upper + i, weights.upper), weighted(lower + i, weights.lower));
+            T::store_low_words(block.out + 2 * i, T::template shift_right_dwords<kTapBits>(
+                                                      T::add_dwords(sum, T::dwords(kBias + kTapRound))));
         }
     }
 };
@@ -366,14 +365,14 @@ struct BilinearStrength {
 
     template <class T>
     static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
+        alignas(64) uint32_t taps[kSpanBlock];  // the upper line's two in the lower half
+        each_place<T>(texture, span, block, [&](int k, const uint8_t* at) {
+            taps[k] = value_at<uint16_t>(at) | static_cast<uint32_t>(value_at<uint16_t>(at + texture.pitch)) << 16;
+        });
         for (int i = 0; i < block.count; i += T::kPixels) {
-            const int32_t* const offset = block.places.offset + i;
-            prefetch_ahead<T>(texture.pixels, span, offset);
-            alignas(64) uint32_t upper[T::kPixels], lower[T::kPixels];
-            gather_taps<T, uint16_t>(texture, offset, upper, lower);
+            const auto upper = T::load(taps + i), lower = T::template shift_right_dwords<16>(upper);
             const TapWeights<T> weights(T::load(block.places.fraction + i));
-            const auto weighted = [](const uint32_t* taps, auto weight) {
-                const auto two = T::load(taps);
+            const auto weighted = [](auto two, auto weight) {
                 const auto words = T::bit_or(T::bit_and(two, T::dwords(0xff)),
                                              T::template shift_left_dwords<8>(T::bit_and(two, T::dwords(0xff00))));
                 return T::multiply_pairs(words, weight);

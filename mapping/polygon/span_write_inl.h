@@ -8,34 +8,24 @@
 namespace zepbmp {
 namespace {
 
-/// A line's stores wait for its memory where the lines before did not bring it along.
-template <class T>
-void prefetch_later(const Span& span, const uint8_t* at, int bytes) {
-    const uintptr_t later = reinterpret_cast<uintptr_t>(at) + static_cast<uintptr_t>(span.later_pixels);
-    for (int i = 0; i < bytes; i += kCacheLineBytes)
-        T::prefetch(reinterpret_cast<const void*>(later + static_cast<uintptr_t>(i)));
-}
-
 template <int kBytes>
 struct WritePixels {
-    static constexpr int kAlign = 1;
+    static constexpr int kAlign = 1, kPixelBytes = kBytes;
 
     template <class T>
     static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
         uint8_t* const at = span.line + ptrdiff_t{block.first} * kBytes;
-        prefetch_later<T>(span, at, block.count * kBytes);
         __builtin_memcpy(at, block.out, static_cast<size_t>(block.count) * kBytes);
     }
 };
 
 /// The chroma of a last pixel that begins its pair belongs to the span, that of a first pixel that ends it does not.
 struct WritePairs {
-    static constexpr int kAlign = 2;
+    static constexpr int kAlign = 2, kPixelBytes = 2;
 
     template <class T>
     static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 2;
-        prefetch_later<T>(span, at, block.count * 2);
         if (block.first < span.first) {
             block.out[0] = at[0];
             block.out[1] = at[1];
@@ -61,12 +51,11 @@ uint32_t load_dword(const uint8_t* at) {
 }
 
 struct MergePixels {
-    static constexpr int kAlign = 1;
+    static constexpr int kAlign = 1, kPixelBytes = 4;
 
     template <class T>
     static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 4;
-        prefetch_later<T>(span, at, block.count * 4);
         for (int i = 0; i < block.count; ++i)
             merge(at + 4 * i, load_dword(block.out + 4 * i), block.drawn[i]);
     }
@@ -74,13 +63,12 @@ struct MergePixels {
 
 /// A pair's chroma goes with its first pixel.
 struct MergePairs {
-    static constexpr int kAlign = 2;
+    static constexpr int kAlign = 2, kPixelBytes = 2;
 
     template <class T>
     static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
         constexpr uint32_t kSecondLuma = 0x00ff0000;
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 2;
-        prefetch_later<T>(span, at, block.count * 2);
         for (int i = 0; i < block.count; i += 2) {
             const uint32_t second = i + 1 < block.count ? block.drawn[i + 1] : 0;
             merge(at + 2 * i, load_dword(block.out + 2 * i), (block.drawn[i] & ~kSecondLuma) | (second & kSecondLuma));
@@ -90,11 +78,11 @@ struct MergePairs {
 
 /// Bytes 0 to 2: (d * (255 - strength) + color * strength) / 255.
 struct TintPixels {
-    static constexpr int kAlign = 1;
+    static constexpr int kAlign = 1, kPixelBytes = 4;
 
     template <class T>
     static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
-        alignas(64) uint8_t pixels[kBlock * 4];
+        alignas(64) uint8_t pixels[kSpanBlock * 4];
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 4;
         const size_t bytes = static_cast<size_t>(block.count) * 4;
         __builtin_memcpy(pixels, at, bytes);
@@ -119,11 +107,11 @@ struct TintPixels {
 
 /// (d * (255 - strength) + color * strength) >> 8, chroma with the strength of the pair's first pixel.
 struct TintPairs {
-    static constexpr int kAlign = 2;
+    static constexpr int kAlign = 2, kPixelBytes = 2;
 
     template <class T>
     static void write(const SpanTexture&, const Geometry&, const Span& span, Block& block) {
-        alignas(64) uint8_t pairs[kBlock * 2 + 4];
+        alignas(64) uint8_t pairs[kSpanBlock * 2 + 4];
         uint8_t* const at = span.line + ptrdiff_t{block.first} * 2;
         const size_t bytes = static_cast<size_t>(block.count + 1) / 2 * 4;
         __builtin_memcpy(pairs, at, bytes);
@@ -132,7 +120,7 @@ struct TintPairs {
         __builtin_memcpy(outside, pairs, 2);
         outside[2] = pairs[3];
         outside[3] = pairs[bytes - 2];
-        alignas(64) uint32_t luma[kBlock / 2], chroma[kBlock / 2];
+        alignas(64) uint32_t luma[kSpanBlock / 2], chroma[kSpanBlock / 2];
         for (int i = 0; i < block.count; i += T::kPixels) {
             const auto two = T::load(block.out + 4 * i);
             T::store_even_dwords(chroma + i / 2, T::bit_or(two, T::template shift_left_dwords<16>(two)));

@@ -25,7 +25,7 @@ Slope slope_between(double left, double right, float left_x, float right_x) {
     return {step, left - step * (left_x - 0.5)};
 }
 
-constexpr int kPrefetchLines = 8;        // 4 to 16 are alike
+constexpr int kPrefetchLines = 12;       // 8 to 16 are alike
 constexpr int32_t kPrefetchedSpan = 16;  // pixels; a shorter span is not worth it
 
 }  // namespace
@@ -38,10 +38,9 @@ PixelRange pixels_between(float left, float right, int32_t width) {
 }
 
 SpanDrawer::SpanDrawer(const Texture& texture, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
-                       ptrdiff_t later_pixels, const Edge* edges, int32_t edge_count, EdgeMapping* mappings)
+                       const Edge* edges, int32_t edge_count, EdgeMapping* mappings)
     : perspective_(kernels.perspective),
       prefetch_lines_(kPrefetchLines * sub_lines),
-      later_pixels_(later_pixels),
       edges_(edges),
       mappings_(mappings) {
     const FilterChoice filter = polygon.flags & BMP_MAP_NO_FILTER
@@ -57,21 +56,17 @@ SpanDrawer::SpanDrawer(const Texture& texture, const KernelChoice& kernels, cons
             map_edge(polygon.vertices, polygon.count, edges[i].order, sub_lines, texture.line_scale, perspective_);
 }
 
-void SpanDrawer::draw(uint8_t* destination, const PixelRange& pixels, int32_t line, const Crossing& left,
-                      const Crossing& right, float* depth, uint32_t tint) const {
+Span SpanDrawer::between(const Crossing& left, const Crossing& right, int32_t line, const PixelRange& pixels) const {
     const EdgeMapping &l = mapping_of(left), &r = mapping_of(right);
     const auto along = [&](const Interpolant& from, const Interpolant& to) {
         return slope_between(from.at(line), to.at(line), left.x, right.x);
     };
     const Slope u = along(l.u, r.u), v = along(l.v, r.v);
     Span span{};
-    span.line = destination;
     span.first = pixels.first;
     span.last = pixels.end - 1;
     span.du = static_cast<float>(u.step);
     span.dv = static_cast<float>(v.step);
-    span.depth = depth;
-    span.color = tint;
     if (perspective_) {
         const Slope w = along(l.w, r.w);
         span.u_start = static_cast<float>(u.start);
@@ -86,8 +81,7 @@ void SpanDrawer::draw(uint8_t* destination, const PixelRange& pixels, int32_t li
     }
     if (pixels.end - pixels.first >= kPrefetchedSpan)
         span.later_texels = bytes_to_later_lines(span, l, left.edge->slope);
-    span.later_pixels = later_pixels_;
-    kernel_(texture_, span);
+    return span;
 }
 
 /// How far the texels under the middle of a span lie from those under the same pixel some lines further down.

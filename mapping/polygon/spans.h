@@ -1,5 +1,5 @@
 /// \file
-/// From a pair of edges on a line to a call of a span kernel.
+/// From a pair of edges on a line to a span, and to the kernel that draws it.
 #pragma once
 
 #include "core/kernel_tables.h"
@@ -15,16 +15,15 @@ PixelRange pixels_between(float left, float right, int32_t width);
 /// Draws spans of one polygon.
 class SpanDrawer {
 public:
-    /// `mappings`: room for one of each edge. later_pixels: a hint, bytes from a line that is drawn to a later one.
+    /// `mappings`: room for one of each edge.
     SpanDrawer(const Texture& texture, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
-               ptrdiff_t later_pixels, const Edge* edges, int32_t edge_count, EdgeMapping* mappings);
+               const Edge* edges, int32_t edge_count, EdgeMapping* mappings);
 
-    /// Draws pixels of a line with the texture coordinates that the two edges have on `line`, a sub-line where there
-    /// are some.
-    ///   destination   pixel 0
-    ///   depth         of the depth groups: value 0 of the destination line
-    void draw(uint8_t* destination, const PixelRange& pixels, int32_t line, const Crossing& left, const Crossing& right,
-              float* depth = nullptr, uint32_t tint = 0) const;
+    /// Pixels with the texture coordinates that the two edges have on `line`, a sub-line where there are some. Where
+    /// they go is left open.
+    Span between(const Crossing& left, const Crossing& right, int32_t line, const PixelRange& pixels) const;
+
+    void draw(const Span& span) const { kernel_(texture_, span); }
 
 private:
     const EdgeMapping& mapping_of(const Crossing& crossing) const { return mappings_[crossing.edge - edges_]; }
@@ -35,7 +34,6 @@ private:
     bool perspective_;
     double u_offset_, v_offset_;
     double prefetch_lines_;
-    ptrdiff_t later_pixels_;
     int32_t texel_bytes_;
     const Edge* edges_;
     const EdgeMapping* mappings_;

@@ -4,7 +4,7 @@
 #include "mapping/polygon/edge_walk.h"
 #include "mapping/polygon/plane.h"
 #include "mapping/polygon/polygon.h"
-#include "mapping/polygon/spans.h"
+#include "mapping/polygon/span_batch.h"
 
 namespace zepbmp {
 namespace {
@@ -21,7 +21,8 @@ void draw_lines(const Target& target, const Bitmap* depth, const Texture& textur
     const int32_t count = build_edges(polygon.vertices, polygon.count, 1, target.picture.height, edges);
     const SelectedLines selected(polygon.flags);
     const ptrdiff_t later_pixels = ptrdiff_t{target.picture.pitch} * selected.step() * kLaterLines;
-    const SpanDrawer spans(texture, kernels, polygon, 1, later_pixels, edges, count, arena.array<EdgeMapping>(most));
+    const SpanDrawer spans(texture, kernels, polygon, 1, edges, count, arena.array<EdgeMapping>(most));
+    SpanBatch batch(spans);
     const Plane plane(target.plane);
 
     for (EdgeWalk walk(edges, count, arena.array<Edge*>(most)); !walk.done(); walk.leave()) {
@@ -29,17 +30,25 @@ void draw_lines(const Target& target, const Bitmap* depth, const Texture& textur
         const int32_t line = walk.line();
         if (!selected(line))
             continue;
-        uint8_t* const destination = line_address(target.picture, line);
-        float* const depths = depth ? reinterpret_cast<float*>(line_address(*depth, line)) : nullptr;
         for (int32_t i = 0; i + 1 < walk.count(); i += 2) {
             const Crossing left = {&walk[i], walk[i].x}, right = {&walk[i + 1], walk[i + 1].x};
             const PixelRange pixels = pixels_between(left.x, right.x, target.picture.width);
             if (pixels.empty())
                 continue;
             plane.mark(line, pixels);
-            spans.draw(destination, pixels, line, left, right, depths, tint);
+            Span span = spans.between(left, right, line, pixels);
+            span.line = line_address(target.picture, line);
+            span.later_pixels = later_pixels;
+            span.color = tint;
+            if (depth) {  // summed up from the span's first pixel on: in one piece
+                span.depth = reinterpret_cast<float*>(line_address(*depth, line));
+                spans.draw(span);
+            } else {
+                batch.add(span);
+            }
         }
     }
+    batch.draw();
 }
 
 }  // namespace
