@@ -95,8 +95,8 @@ struct Span {
     float dv, v_start;
     float dw, w_start;
     float u_off, v_off;
-    float* depth;        ///< of the depth groups: one value a pixel, pixel 0 first
-    uint32_t color;      ///< of the tint groups
+    float* depth;    ///< of the depth groups: one value a pixel, pixel 0 first
+    uint32_t color;  ///< of the tint groups
     /// Hints, bytes: from a sample to one that some later line needs, from a pixel to one of a later line.
     ptrdiff_t later_texels, later_pixels;
 };
@@ -127,6 +127,8 @@ extern SpanKernel* span_group[kSpanGroups][kSpanFilters];
 
 // ---------------------------------------------------------------- polygon coverage
 
+constexpr int32_t kCoverEnd = 8;  ///< pixels
+
 /// An edge that runs from x = a to x = b, a < b, from the top of a line to its bottom or the other way.
 struct CoverRamp {
     int32_t a, b;  ///< 1/4096 pixel
@@ -142,6 +144,10 @@ struct CoverRamp {
 struct CoverKernels {
     /// coverage[x] for x = first .. end-1: the area of pixel x right of the ramp. All these pixels touch the ramp.
     void (*ramp)(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp);
+    /// Both ends of what two edges enclose: for kCoverEnd pixels from `first` on the area right of `left`, for as many
+    /// from `last` on, last >= first + kCoverEnd, the area left of `right`. Any of these pixels may lie beside the edge.
+    /// An upright edge has a = b and k = 0.
+    void (*ends)(uint16_t* coverage, int32_t first, const CoverRamp& left, int32_t last, const CoverRamp& right);
 
     using Blend = void(uint8_t* dst, const uint8_t* src, const uint16_t* coverage, int32_t pixels);
     Blend* blend_rgbq;
@@ -180,6 +186,8 @@ struct LineKernels {
                                      size_t bytes);
     /// Orders streamed stores before everything after: once, at the end of a call that streamed.
     void (*end_stream)();
+    /// Asks for the memory of some lines that will soon be needed. A hint: any address will do.
+    void (*prefetch)(const uint8_t* first, size_t bytes, ptrdiff_t pitch, int32_t lines);
 };
 extern LineKernels line_kernels;
 

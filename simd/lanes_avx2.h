@@ -204,6 +204,12 @@ struct Doubles256 {
     static D counting() { return _mm256_setr_pd(0, 1, 2, 3); }
     static D add(D a, D b) { return _mm256_add_pd(a, b); }
     static D mul(D a, D b) { return _mm256_mul_pd(a, b); }
+    static D sub(D a, D b) { return _mm256_sub_pd(a, b); }
+    static D hold(D a, D low, D high) { return _mm256_min_pd(_mm256_max_pd(a, low), high); }
+    static D whole(D a) { return _mm256_round_pd(a, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC); }
+    using Mask = __m256d;
+    static Mask at_least(D a, D b) { return _mm256_cmp_pd(a, b, _CMP_GE_OQ); }
+    static D select(Mask mask, D a, D b) { return _mm256_blendv_pd(b, a, mask); }
     static void store_truncated_words(uint16_t* p, D a) {
         const __m128i integers = _mm256_cvttpd_epi32(a);
         _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi32(integers, integers));

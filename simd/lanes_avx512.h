@@ -177,6 +177,12 @@ struct Doubles512 {
     static D counting() { return _mm512_setr_pd(0, 1, 2, 3, 4, 5, 6, 7); }
     static D add(D a, D b) { return _mm512_add_pd(a, b); }
     static D mul(D a, D b) { return _mm512_mul_pd(a, b); }
+    static D sub(D a, D b) { return _mm512_sub_pd(a, b); }
+    static D hold(D a, D low, D high) { return _mm512_min_pd(_mm512_max_pd(a, low), high); }
+    static D whole(D a) { return _mm512_roundscale_pd(a, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC); }
+    using Mask = __mmask8;
+    static Mask at_least(D a, D b) { return _mm512_cmp_pd_mask(a, b, _CMP_GE_OQ); }
+    static D select(Mask mask, D a, D b) { return _mm512_mask_blend_pd(mask, b, a); }
     static void store_truncated_words(uint16_t* p, D a) {
         _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_cvtepi32_epi16(_mm512_cvttpd_epi32(a)));
     }

@@ -191,6 +191,12 @@ struct Doubles128 {
     static D counting() { return _mm_setr_pd(0, 1); }
     static D add(D a, D b) { return _mm_add_pd(a, b); }
     static D mul(D a, D b) { return _mm_mul_pd(a, b); }
+    static D sub(D a, D b) { return _mm_sub_pd(a, b); }
+    static D hold(D a, D low, D high) { return _mm_min_pd(_mm_max_pd(a, low), high); }
+    static D whole(D a) { return _mm_cvtepi32_pd(_mm_cvttpd_epi32(a)); }
+    using Mask = __m128d;
+    static Mask at_least(D a, D b) { return _mm_cmpge_pd(a, b); }
+    static D select(Mask mask, D a, D b) { return _mm_or_pd(_mm_and_pd(mask, a), _mm_andnot_pd(mask, b)); }
     static void store_truncated_words(uint16_t* p, D a) {
         const __m128i integers = _mm_cvttpd_epi32(a);
         Lanes128::store_dword(p, _mm_packs_epi32(integers, integers));

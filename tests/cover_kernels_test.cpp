@@ -345,8 +345,56 @@ TEST_P(CoverRampTest, LongerThanAnyFrame) {
     }
 }
 
+// ---------------------------------------------------------------- ends
+
+class CoverEndsTest : public CoverKernelsTest {
+protected:
+    static CoverRamp edge(Random& random, int first) {
+        const auto on_pixel = [&](int at) { return random.chance(20) ? at & -kFull : at; };
+        const int near = 2 * kFull;
+        const int a = on_pixel(random.between(first * kFull - near, (first + 8) * kFull + near));
+        const int length = random.chance(20) ? 0 : random.between(1, random.pick({16, kFull, 9 * kFull}));
+        const int b = std::max(a, on_pixel(a + length));
+        return {a, b, a < b ? static_cast<float>(4096.0 / (b - a)) : 0};
+    }
+
+    static int64_t area_right_of(int32_t x, const CoverRamp& edge) {
+        if (edge.b <= x * kFull)
+            return kFull;
+        return edge.a >= (x + 1) * kFull ? 0 : ramp_area(x, edge);
+    }
+};
+
+TEST_P(CoverEndsTest, OfTwoEdges) {
+    const UseTables use(GetParam());
+    for (int round = 0; round < rounds(20000); ++round) {
+        Random random(round_seed(round));
+        const int first = random.pick({0, 0, 2, 1000, 100000}), last = first + kCoverEnd + random.between(0, 20);
+        const CoverRamp left = edge(random, first), right = edge(random, last);
+        lay_out(random, dst_, 2 * (last + kCoverEnd - first), 2);
+        dst_.fill(random, fill_noise);
+        const auto zero = reinterpret_cast<uintptr_t>(dst_.first()) - 2 * static_cast<uintptr_t>(first);
+        {
+            const FloatScope scope;
+            call_checked(cover_kernels.ends, reinterpret_cast<uint16_t*>(zero), first, left, last, right);
+        }
+        std::vector<uint8_t> want = dst_.before();
+        const auto set = [&](int x, int64_t area) {
+            const auto word = static_cast<uint16_t>(area);
+            std::memcpy(dst_.line_in(want, 0) + 2 * (x - first), &word, sizeof word);
+        };
+        for (int i = 0; i < kCoverEnd; ++i) {
+            set(first + i, area_right_of(first + i, left));
+            set(last + i, kFull - area_right_of(last + i, right));
+        }
+        ASSERT_EQ(dst_.difference(want), "") << left.a << ".." << left.b << " from " << first << ", " << right.a << ".."
+                                             << right.b << " from " << last << how_to_repeat(random);
+    }
+}
+
 ZEPBMP_FOR_ALL_TABLES(CoverKernelsTest);
 ZEPBMP_FOR_ALL_TABLES(CoverRampTest);
+ZEPBMP_FOR_ALL_TABLES(CoverEndsTest);
 
 // ---------------------------------------------------------------- worked out by hand
 
@@ -364,6 +412,18 @@ TEST(PlainCover, Ramps) {
     EXPECT_EQ(plain_ramp(2048, 6144, 1, 2), (std::vector{512, 3584}));
     EXPECT_EQ(plain_ramp(0, 3 * 4096, 1 / 3.0f, 3), (std::vector{682, 2048, 3414}));
     EXPECT_EQ(plain_ramp(4095, 4 * 4096 + 1, 4096 / 12290.0f, 5), (std::vector{0, 682, 2048, 3413, 4096}));
+}
+
+// From pixel 1.25 to 3.25, and upright at 10.75.
+TEST(PlainCover, Ends) {
+    uint16_t coverage[18];
+    std::fill(std::begin(coverage), std::end(coverage), uint16_t{7});
+    {
+        const FloatScope scope;
+        kCoverPlain.ends(coverage, 0, {5120, 13312, 0.5f}, 9, {44032, 44032, 0});
+    }
+    const uint16_t want[] = {0, 576, 2560, 4032, 4096, 4096, 4096, 4096, 7, 4096, 3072, 0, 0, 0, 0, 0, 0, 7};
+    EXPECT_EQ(std::vector(std::begin(coverage), std::end(coverage)), std::vector(std::begin(want), std::end(want)));
 }
 
 TEST(PlainCover, BlendsAreCutTowardMinusInfinity) {

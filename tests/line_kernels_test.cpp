@@ -108,6 +108,18 @@ TEST_P(LineKernelsTest, Interpolate) {
     });
 }
 
+// A hint reads nothing, so that memory that does not exist is no error.
+TEST_P(LineKernelsTest, PrefetchTouchesNothing) {
+    for_many_lengths([&](Random& random, int bytes) {
+        lay_out(random, a_, bytes);
+        const int pitch = random.pick({-4096, 0, 16, 1 << 20}), lines = random.between(0, 20);
+        call_checked(line_kernels.prefetch, a_.first(), static_cast<size_t>(bytes), ptrdiff_t{pitch}, lines);
+        ASSERT_EQ(a_.difference(a_.before()), "") << context(random, bytes);
+        call_checked(line_kernels.prefetch, static_cast<const uint8_t*>(nullptr), static_cast<size_t>(bytes),
+                     ptrdiff_t{pitch}, lines);
+    });
+}
+
 // Every pair of bytes there is.
 TEST_P(LineKernelsTest, InterpolateRoundsHalvesUp) {
     const UseTables use(tables());

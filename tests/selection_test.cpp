@@ -274,6 +274,7 @@ TEST(Load, HasFilledTheTablesForThisMachine) {
         EXPECT_EQ(as_loaded->lines.interpolate[store], line_kernels.interpolate[store]);
     }
     EXPECT_EQ(as_loaded->lines.end_stream, line_kernels.end_stream);
+    EXPECT_EQ(as_loaded->lines.prefetch, line_kernels.prefetch);
     EXPECT_EQ(as_loaded->shapes.add_run, shape_kernels.add_run);
     EXPECT_EQ(as_loaded->shapes.max_run, shape_kernels.max_run);
     EXPECT_EQ(as_loaded->shapes.ramp, shape_kernels.ramp);

@@ -11,18 +11,13 @@ int32_t sub_line_limit(int32_t height) {
 uint64_t most_edges(const Polygon& polygon) { return static_cast<uint64_t>(polygon.count); }
 
 LineCoverer::Extent extent_of(const Target& target, const Polygon& polygon) {
-    float low = polygon.vertices[0].x, high = low;
-    for (int32_t i = 1; i < polygon.count; ++i) {
-        const float x = polygon.vertices[i].x;
-        low = x < low ? x : low;
-        high = x > high ? x : high;
-    }
+    const Bounds bounds(polygon);
     const int32_t width = target.picture.width;
     const auto pixel = [width](float x, int32_t next) {
         const int32_t at = (hold_to_int32(double{x} * kPixelUnits) >> kPixelBits) + next;
         return at < 0 ? 0 : at < width ? at : width;
     };
-    return {{pixel(low, 0), pixel(high, 1)}, most_edges(polygon)};
+    return {{pixel(bounds.left, 0), pixel(bounds.right, 1)}, most_edges(polygon)};
 }
 
 }  // namespace

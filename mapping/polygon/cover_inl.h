@@ -46,6 +46,33 @@ void ramp(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp)
         coverage[x] = ramp_area(x, ramp);
 }
 
+/// Whole values in double precision. What the area is a part of follows from where the ends of the edge lie: in the
+/// pixel, left of it or right of it.
+template <class D>
+typename D::D areas_right_of(int32_t first, const CoverRamp& ramp) {
+    constexpr double kCut = 1.0 / (2 * kPixelUnits);  // a shift of ramp_triangle
+    const auto zero = D::all(0), pixel = D::all(kPixelUnits), k = D::all(ramp.k);
+    const auto a = D::all(ramp.a), b = D::all(ramp.b);
+    const auto left = D::mul(D::add(D::all(first), D::counting()), pixel), right = D::add(left, pixel);
+    const auto begins = D::at_least(a, left), ends = D::at_least(right, b);
+    const auto side = D::hold(D::select(begins, D::sub(right, a), D::sub(b, left)), zero, pixel);
+    const auto triangle = D::mul(D::mul(D::mul(side, side), k), D::all(kCut));
+    const auto trapezoid = D::mul(D::sub(D::add(left, D::all(kPixelUnits / 2)), a), k);
+    const auto within = D::hold(D::mul(D::add(D::sub(right, a), D::sub(right, b)), D::all(0.5)), zero, pixel);
+    const auto part =
+        D::whole(D::select(begins, D::select(ends, within, triangle), D::select(ends, triangle, trapezoid)));
+    return D::select(begins, part, D::select(ends, D::sub(pixel, part), part));
+}
+
+template <class L, class D>
+void ends(uint16_t* coverage, int32_t first, const CoverRamp& left, int32_t last, const CoverRamp& right) {
+    for (int i = 0; i < kCoverEnd; i += D::kLanes)
+        D::store_truncated_words(coverage + first + i, areas_right_of<D>(first + i, left));
+    for (int i = 0; i < kCoverEnd; i += D::kLanes)
+        D::store_truncated_words(coverage + last + i, D::sub(D::all(kPixelUnits), areas_right_of<D>(last + i, right)));
+    L::finish();
+}
+
 // ---------------------------------------------------------------- what is blended in
 
 /// A line of the destination's layout.
@@ -372,6 +399,7 @@ template <class L, class D>
 constexpr CoverKernels cover_set() {
     return {
         .ramp = ramp<L, D>,
+        .ends = ends<L, D>,
         .blend_rgbq = Blends<L>::rgbq,
         .blend_yuy2 = Blends<L>::yuy2,
         .blend_pwrw = Blends<L>::pwrw,

@@ -12,6 +12,22 @@ void ramp(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp)
         coverage[x] = ramp_area(x, ramp);
 }
 
+int32_t area_right_of(int32_t x, const CoverRamp& edge) {
+    const int64_t left = int64_t{x} * kPixelUnits, right = left + kPixelUnits;
+    if (edge.a >= right)
+        return 0;
+    if (edge.b <= left)
+        return kPixelUnits;
+    return ramp_area(x, edge);
+}
+
+void ends(uint16_t* coverage, int32_t first, const CoverRamp& left, int32_t last, const CoverRamp& right) {
+    for (int32_t x = first; x < first + kCoverEnd; ++x)
+        coverage[x] = static_cast<uint16_t>(area_right_of(x, left));
+    for (int32_t x = last; x < last + kCoverEnd; ++x)
+        coverage[x] = static_cast<uint16_t>(kPixelUnits - area_right_of(x, right));
+}
+
 int32_t scaled(int32_t coverage, int32_t level) { return coverage * level >> kWeightBits; }
 
 /// Bytes and words alike: s and d are below 2^16.
@@ -101,6 +117,7 @@ void fade_words(uint8_t* dst, uint32_t value, int32_t words, int32_t level) {
 
 extern constexpr CoverKernels kCoverPlain = {
     .ramp = ramp,
+    .ends = ends,
     .blend_rgbq = blend<mix_rgbq<Line>>,
     .blend_yuy2 = blend<mix_yuy2<Line>>,
     .blend_pwrw = blend<mix_pwrw<Line>>,

@@ -33,7 +33,8 @@ void mix_with_upright(const EdgeCover& edge, uint16_t* coverage) {
 }
 
 CoverRamp ramp_of(const EdgeCover& edge) {
-    return {edge.low, edge.high, static_cast<float>(double{kPixelUnits} / double(int64_t{edge.high} - edge.low))};
+    const double width = double(int64_t{edge.high} - edge.low);
+    return {edge.low, edge.high, width > 0 ? static_cast<float>(kPixelUnits / width) : 0};
 }
 
 /// An edge that ends within the stretch or the line, or has many pixels.
@@ -88,9 +89,15 @@ void sort_by_first_pixel(PixelRange* ranges, int32_t count) {
     std::sort(ranges, ranges + count, [](const PixelRange& a, const PixelRange& b) { return a.first < b.first; });
 }
 
-/// The room for `reach`: whole pairs, and what set() writes behind them.
+/// The room for `reach`: whole pairs, and what set() or an end may write behind them.
 uint64_t pixels_of(const PixelRange& reach) {
-    return static_cast<uint64_t>(even_above(reach.end) + kSetPixels - even_below(reach.first));
+    return static_cast<uint64_t>(even_above(reach.end) + kCoverEnd - even_below(reach.first));
+}
+static_assert(kSetPixels <= kCoverEnd);
+
+/// Whether kCoverEnd pixels from an even one on hold all that the edge touches.
+bool fits_end(const EdgeCover& edge) {
+    return edge.inside && edge.pixels.end <= even_below(edge.pixels.first) + kCoverEnd;
 }
 
 uint64_t segments_of(const LineCoverer::Extent& extent) {
@@ -175,6 +182,19 @@ inline bool LineCoverer::cover_alone(CoveredLine& covered, const EdgeCover& left
     if (covered.count_ > 0 && first < covered.segments_[covered.count_ - 1].pixels.end)
         return false;
     uint16_t* const coverage = covered.coverage_;
+    const int32_t inner_first = even_below(left.pixels.first) + kCoverEnd, inner_end = even_below(right.pixels.first);
+    if (inner_first <= inner_end && fits_end(left) && fits_end(right)) {
+        const bool has_run = inner_end - inner_first >= kShortRun;
+        if (!has_run && inner_first < inner_end)
+            set(coverage, inner_first, inner_end, kWeightFull);
+        cover_kernels.ends(coverage, first, ramp_of(left), inner_end, ramp_of(right));
+        covered.add(first, has_run ? inner_first : end, width_);
+        if (has_run) {
+            covered.add_full(inner_first, inner_end);
+            covered.add(inner_end, end, width_);
+        }
+        return true;
+    }
     const int32_t run_first = even_above(left.pixels.end), run_end = even_below(right.pixels.first);
     if (run_end - run_first < kShortRun) {
         set(coverage, first, first + 1, 0);

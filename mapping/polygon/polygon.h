@@ -17,6 +17,22 @@ struct Polygon {
     uint32_t flags;  ///< BMP_FIELD..., BMP_MAP_...
 };
 
+/// The smallest and the largest coordinates of a polygon's corners.
+struct Bounds {
+    float left, top, right, bottom;
+
+    explicit Bounds(const Polygon& polygon)
+        : left(polygon.vertices[0].x), top(polygon.vertices[0].y), right(left), bottom(top) {
+        for (int32_t i = 1; i < polygon.count; ++i) {
+            const float x = polygon.vertices[i].x, y = polygon.vertices[i].y;
+            left = x < left ? x : left;
+            right = x > right ? x : right;
+            top = y < top ? y : top;
+            bottom = y > bottom ? y : bottom;
+        }
+    }
+};
+
 /// With BMP_FIELD the lines of BMP_FIELD_ODD's parity, else all.
 class SelectedLines {
 public:

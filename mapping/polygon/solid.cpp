@@ -36,17 +36,25 @@ public:
           fill_(line_kernels.fill[store]),
           streams_(store == kStoreStreamed) {}
 
-    /// Asks for the memory that draw() will read.
+    /// Asks for the memory that draw() will need.
     void prefetch(const CoveredLine& covered) const {
         const uint8_t* const pixels = line_address(picture_, covered.line());
+        PixelRange run = {0, 0};
+        const auto ask = [&] {
+            if (!run.empty())
+                line_kernels.prefetch(pixels + bytes_to(run.first), static_cast<size_t>(bytes_to(run.end - run.first)),
+                                      0, 1);
+        };
         for (const CoverSegment& segment : covered) {
             if (segment.full && streams_)
                 continue;
-            const uint8_t* const end = pixels + bytes_to(segment.pixels.end);
-            for (const uint8_t* at = pixels + bytes_to(segment.pixels.first); at < end; at += kCacheLineBytes)
-                __builtin_prefetch(at);
-            __builtin_prefetch(end - 1);
+            if (segment.pixels.first != run.end) {
+                ask();
+                run.first = segment.pixels.first;
+            }
+            run.end = segment.pixels.end;
         }
+        ask();
     }
 
     void draw(const CoveredLine& covered) const {
@@ -90,13 +98,33 @@ double area_of(const Target& target, const Polygon& polygon) {
     return area < picture ? area : picture > 0 ? picture : 0;
 }
 
+/// What a small polygon may touch is asked for before anything is computed. False: it is too large for that.
+bool prefetch_all(const Target& target, int pixel_bytes, const Polygon& polygon) {
+    constexpr int64_t kMostBytes = 24 << 10;  // half a first-level cache
+    const Bounds bounds(polygon);
+    const auto held = [](float at, int32_t end) {
+        const int32_t whole = hold_to_int32(double{at});
+        return whole < 0 ? 0 : whole < end ? whole : end;
+    };
+    const int32_t width = target.picture.width, height = target.picture.height;
+    const int32_t first = held(bounds.left, width - 1), last = held(bounds.right, width - 1),
+                  top = held(bounds.top, height - 1), bottom = held(bounds.bottom, height - 1);
+    const int64_t bytes = int64_t{last + 1 - first} * pixel_bytes;
+    if (bytes * (bottom + 1 - top) > kMostBytes)
+        return false;
+    line_kernels.prefetch(line_address(target.picture, top) + ptrdiff_t{first} * pixel_bytes,
+                          static_cast<size_t>(bytes), target.picture.pitch, bottom + 1 - top);
+    return true;
+}
+
 }  // namespace
 
 void draw_solid(const Target& target, uint32_t color, int32_t level, const Polygon& polygon) {
     const Painter painter = painter_of(target.picture, color);
-    if (!painter.paint || target.picture.width <= 0 || level <= 0 || level > kWeightFull ||
-        !is_finite(polygon.vertices, polygon.count))
+    if (!painter.paint || target.picture.width <= 0 || target.picture.height <= 0 || level <= 0 ||
+        level > kWeightFull || !is_finite(polygon.vertices, polygon.count))
         return;
+    const bool prefetched = prefetch_all(target, painter.pixel_bytes, polygon);
     Arena arena;
     if (!arena.reserve(AntialiasedWalk::bytes(target, polygon, kBatchLines)))
         return;
@@ -107,7 +135,8 @@ void draw_solid(const Target& target, uint32_t color, int32_t level, const Polyg
     for (bool more = true; more;) {
         int ready = 0;
         while (ready < kBatchLines && (more = walk.next())) {
-            drawer.prefetch(walk.coverage());
+            if (!prefetched)
+                drawer.prefetch(walk.coverage());
             ++ready;
         }
         while (ready > 0)
