@@ -14,6 +14,7 @@ namespace {
 
 struct Texels256 : Lanes256 {
     using Floats = Floats256;
+    static constexpr bool kShuffles = true;
     static constexpr int kPixels = 8;
 
     static V counting_from(int32_t first) {
@@ -53,20 +54,18 @@ struct Texels256 : Lanes256 {
         return joined(word(base + offset[kDword]), word(base + offset[4 + kDword]));
     }
     template <int kDword>
-    static V bilinear(V rows, V weights) {
-        const V taps =
-            _mm256_shuffle_epi8(rows, each(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)));
-        const V minus_columns =  // so that 128 fits into a signed byte
-            _mm256_shuffle_epi8(_mm256_sub_epi8(dwords(0), weights), words_at(4 * kDword));
-        constexpr uint32_t kZeroes = 0x80008000, kByte = 4 * kDword + 2;
-        const V lines = _mm256_shuffle_epi8(weights, dwords(kZeroes | (kByte + 1) << 16 | kByte));
-        const V minus_sum = _mm256_madd_epi16(_mm256_maddubs_epi16(taps, minus_columns), lines);
-        return _mm256_srli_epi32(_mm256_sub_epi32(dwords(1 << 13), minus_sum), 14);
+    static V bilinear_rgbq(V rows, V weights) {
+        const V order = each(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15));
+        return averaged<kDword>(_mm256_shuffle_epi8(rows, order), weights);
     }
-    static V weigh_rows(V rows, V pairs) {
-        return weighted(
-            _mm256_shuffle_epi8(rows, each(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15))),
-            pairs);
+    template <int kDword>
+    static V bilinear_yuy2(V rows, V weights, V twice_texel) {
+        const V steps = each(_mm_setr_epi8(0, 2, 0, 2, 0, 2, 0, 2, 0, 0, 0, 0, 0, 2, 0, 2));
+        const V moving = each(_mm_setr_epi8(14, 14, 14, 14, 4, 4, 4, 4, 0, 0, 0, 0, 4, 4, 4, 4));
+        const V lines = each(_mm_setr_epi8(0, 0, 8, 8, 1, 1, 9, 9, 0, 0, 0, 0, 3, 3, 11, 11));
+        const V spread = _mm256_shuffle_epi8(twice_texel, _mm256_set1_epi8(4 * kDword));
+        const V order = _mm256_or_si256(_mm256_and_si256(_mm256_add_epi8(spread, steps), moving), lines);
+        return averaged<kDword>(_mm256_shuffle_epi8(rows, order), weights);
     }
     static V weigh_low(V a, V b, V pairs) { return weighted(_mm256_unpacklo_epi8(a, b), pairs); }
     static V weigh_high(V a, V b, V pairs) { return weighted(_mm256_unpackhi_epi8(a, b), pairs); }
@@ -99,6 +98,16 @@ struct Texels256 : Lanes256 {
     }
 
 private:
+    /// Taps of a channel: the upper line's left and right one, the lower line's.
+    template <int kDword>
+    static V averaged(V taps, V weights) {
+        const V minus_columns =  // so that 128 fits into a signed byte
+            _mm256_shuffle_epi8(_mm256_sub_epi8(dwords(0), weights), words_at(4 * kDword));
+        constexpr uint32_t kZeroes = 0x80008000, kByte = 4 * kDword + 2;
+        const V lines = _mm256_shuffle_epi8(weights, dwords(kZeroes | (kByte + 1) << 16 | kByte));
+        const V minus_sum = _mm256_madd_epi16(_mm256_maddubs_epi16(taps, minus_columns), lines);
+        return _mm256_srli_epi32(_mm256_sub_epi32(dwords(1 << 13), minus_sum), 14);
+    }
     static V words_at(int byte) { return _mm256_set1_epi16(static_cast<short>((byte + 1) << 8 | byte)); }
     static V each(__m128i v) { return _mm256_broadcastsi128_si256(v); }
     static __m128i half(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }

@@ -14,6 +14,7 @@ namespace {
 
 struct Texels128 : Lanes128 {
     using Floats = Floats128;
+    static constexpr bool kShuffles = false;
     static constexpr int kPixels = 4;
 
     static V counting_from(int32_t first) { return _mm_add_epi32(_mm_set1_epi32(first), _mm_setr_epi32(0, 1, 2, 3)); }
@@ -52,15 +53,14 @@ struct Texels128 : Lanes128 {
         return load_half(base + offset[kDword]);
     }
     template <int kDword>
-    static V bilinear(V rows, V weights) {
+    static V bilinear_rgbq(V rows, V weights) {
         const V no_bytes = _mm_setzero_si128();
         const V bytes = kDword < 2 ? _mm_unpacklo_epi8(weights, no_bytes) : _mm_unpackhi_epi8(weights, no_bytes);
         const V columns = _mm_shuffle_epi32(bytes, kDword % 2 * 0xaa);
-        const V words = weigh_rows(rows, spread_high<kDword>(weights));
+        const V words = weighted(low(rows), high(rows), spread_high<kDword>(weights));
         const V sum = _mm_madd_epi16(arrange_rgbq(words), columns);
         return _mm_srli_epi32(_mm_add_epi32(sum, _mm_set1_epi32(128 << 14 | 1 << 13)), 14);
     }
-    static V weigh_rows(V rows, V pairs) { return weighted(low(rows), high(rows), pairs); }
     static V weigh_low(V a, V b, V pairs) { return weighted(low(a), low(b), pairs); }
     static V weigh_high(V a, V b, V pairs) { return weighted(high(a), high(b), pairs); }
 

@@ -5,6 +5,22 @@
 namespace zepbmp {
 namespace {
 
+/// Few edges change places from a line to the next. False: here it is many, and they are in some order.
+bool insert_by_position(Edge** edges, int32_t count) {
+    int64_t moves_left = 8 * int64_t{count};
+    for (int32_t i = 1; i < count; ++i) {
+        Edge* const edge = edges[i];
+        int32_t at = i;
+        for (; at > 0 && edge->before(*edges[at - 1]); --at)
+            edges[at] = edges[at - 1];
+        edges[at] = edge;
+        moves_left -= i - at;
+        if (moves_left < 0)
+            return false;
+    }
+    return true;
+}
+
 // A function of this file alone, so that what the standard library makes of the comparison is, too.
 void sort_by_position(Edge** edges, int32_t count) {
     std::sort(edges, edges + count, [](const Edge* a, const Edge* b) { return a->before(*b); });
@@ -36,7 +52,8 @@ void EdgeWalk::remove() {
 
 void EdgeWalk::sort() {
     same_ = false;
-    sort_by_position(active_, count_);
+    if (!insert_by_position(active_, count_))
+        sort_by_position(active_, count_);
 }
 
 }  // namespace zepbmp

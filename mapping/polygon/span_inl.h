@@ -7,6 +7,7 @@
 /// memory in the second pass does not wait for the arithmetic of the first.
 #pragma once
 
+#include <type_traits>
 #include <utility>
 
 #include "mapping/polygon/filters.h"
@@ -63,12 +64,18 @@ void draw_span(const SpanTexture& texture, const Span& span) {
     draw_in_passes<T>(kPasses, kSpansPlain.kernel[kGroup][kFilter], texture, span);
 }
 
+/// The sampler of a box. For one texel of YUY2 four taps are picked out where bytes can be shuffled.
+template <class T, class Format, int kColumnBox, int kRowBox>
+using SamplerOf = std::conditional_t<kColumnBox == kFractions && kRowBox == kFractions &&
+                                         (Format::kTexelsToWindow == 1 || T::kShuffles),
+                                     Bilinear<Format>, BoxSampler<Format, kColumnBox, kRowBox>>;
+
 template <class T, SpanGroup kGroup, class Projection, class Writer, class Format, class First, int... kIndex>
 constexpr void fill_boxes(SpanSet& set, std::integer_sequence<int, kIndex...>) {
     set.kernel[kGroup][0] = draw_span<T, kGroup, 0, Projection, First, Writer>;
     ((set.kernel[kGroup][1 + kIndex] = draw_span<T, kGroup, 1 + kIndex, Projection,
-                                                 BoxSampler<Format, kColumnClasses[kIndex % kColumnClassCount].box,
-                                                            kRowClasses[kIndex / kColumnClassCount].box>,
+                                                 SamplerOf<T, Format, kColumnClasses[kIndex % kColumnClassCount].box,
+                                                           kRowClasses[kIndex / kColumnClassCount].box>,
                                                  Writer>),
      ...);
 }

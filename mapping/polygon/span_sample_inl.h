@@ -101,6 +101,14 @@ struct RgbqTexels {
     static auto total(typename T::V sums) {
         return sums;
     }
+    template <class T>
+    static auto in_texel(typename T::V place) {
+        return place;
+    }
+    template <class T, int kDword>
+    static auto bilinear(typename T::V rows, typename T::V weights, typename T::V) {
+        return T::template bilinear_rgbq<kDword>(rows, weights);
+    }
     static constexpr int kPixelBytes = 4;
     template <class T>
     static void store(uint8_t* out, typename T::V pixels) {
@@ -131,6 +139,15 @@ struct Yuy2Texels {
     template <class T>
     static auto total(typename T::V sums) {
         return T::add_dwords(sums, T::third_dword_first(sums));
+    }
+    template <class T>
+    static auto in_texel(typename T::V place) {
+        return T::bit_and(place, T::dwords(0xffff0000 | (kFractions - 1)));
+    }
+    template <class T, int kDword>
+    static auto bilinear(typename T::V rows, typename T::V weights, typename T::V place) {
+        const auto twice_texel = T::bit_and(T::template shift_right_dwords<kFractionBits - 1>(place), T::dwords(6));
+        return T::template bilinear_yuy2<kDword>(rows, weights, twice_texel);
     }
     static constexpr int kPixelBytes = 2;
     /// Of two pixels in a row: Y U . V, and Y . . . of the second.
@@ -205,16 +222,12 @@ struct BoxSampler {
     static constexpr int kRows = taps(kRowBox);
     static constexpr int kWindowTexels = taps(kColumnBox) + Format::kTexelsToWindow - 1;
     static constexpr int kHalves = (kWindowTexels + Format::kHalfTexels - 1) / Format::kHalfTexels;
-    /// Two lines of half a window fit into one.
-    static constexpr bool kRowsInOne = kRows == 2 && kHalves == 1;
-    /// Every texel of a window weighs something somewhere.
-    static constexpr bool kExact = kRowsInOne && kWindowTexels == Format::kHalfTexels && Format::kTexelsToWindow == 1;
     static constexpr Windows kWindows = {
         .texel_shift = Format::kTexelShift,
         .columns = taps(kColumnBox),
         .lines = kRows,
         .texels_to_window = Format::kTexelsToWindow,
-        .bytes = kExact ? 0 : kHalves * 8,
+        .bytes = kHalves * 8,
         .taps_inside = kRowBox != 192,  // its last place needs two lines of three
     };
 
@@ -246,25 +259,13 @@ private:
     template <class T, int kDword>
     static typename T::V pixels(const SpanTexture& texture, const int32_t* offset, typename T::V fraction,
                                 const LineWeights<T, kRowBox>& lines) {
-        if constexpr (kExact) {  // columns weigh like lines
-            return T::template bilinear<kDword>(T::template load_rows<kDword>(texture.pixels, offset, texture.pitch),
-                                                lines.first_two);
-        } else {
-            LineWeights<T, kRowBox> weights = lines;
-            weights.first_two = T::template spread_high<kDword>(lines.first_two);
-            weights.third = T::template spread_high<kDword>(lines.third);
-            const auto place = T::template spread_low<kDword>(fraction);
-            auto sum = T::dwords(0);
-            if constexpr (kRowsInOne) {
-                const auto rows = T::template load_rows<kDword>(texture.pixels, offset, texture.pitch);
-                sum = T::multiply_pairs(Format::template arrange<T>(T::weigh_rows(rows, weights.first_two)),
-                                        column_weights<T, 0>(place));
-            } else {
-                add_windows<T, kDword>(sum, texture, offset, place, weights,
-                                       std::make_integer_sequence<int, (kHalves + 1) / 2>());
-            }
-            return normalised<T, uint32_t{kColumnBox} * kRowBox>(Format::template total<T>(sum));
-        }
+        LineWeights<T, kRowBox> weights = lines;
+        weights.first_two = T::template spread_high<kDword>(lines.first_two);
+        weights.third = T::template spread_high<kDword>(lines.third);
+        auto sum = T::dwords(0);
+        add_windows<T, kDword>(sum, texture, offset, T::template spread_low<kDword>(fraction), weights,
+                               std::make_integer_sequence<int, (kHalves + 1) / 2>());
+        return normalised<T, uint32_t{kColumnBox} * kRowBox>(Format::template total<T>(sum));
     }
 
     template <class T, int kDword, int... kWindow>
@@ -301,6 +302,36 @@ private:
         if constexpr (kRows == 5) {
             const auto inner = weigh(row[2], row[3], T::words(kFractions * 0x101));
             sum = T::add_dwords(sum, T::multiply_pairs(Format::template arrange<T>(inner), columns));
+        }
+    }
+};
+
+/// A box of one texel: the average of four.
+template <class Format>
+struct Bilinear {
+    static constexpr Windows kWindows = {Format::kTexelShift,
+                                         2,
+                                         2,
+                                         Format::kTexelsToWindow,
+                                         Format::kTexelsToWindow == 1 ? 0 : 8,  // else more than the four
+                                         true};
+
+    template <class T>
+    static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
+        using V = typename T::V;
+        for (int i = 0; i < block.count; i += T::kPixels) {
+            const int32_t* const offset = block.places.offset + i;
+            prefetch_ahead<T, 4>(texture, span, block, i);
+            const V place = T::load(block.places.fraction + i);
+            const V weights = LineWeights<T, kFractions>(Format::template in_texel<T>(place)).first_two;
+            const auto pixels = [&]<int kDword>(std::integral_constant<int, kDword>) {
+                return Format::template bilinear<T, kDword>(
+                    T::template load_rows<kDword>(texture.pixels, offset, texture.pitch), weights, place);
+            };
+            Format::template store<T>(
+                block.out + i * Format::kPixelBytes,
+                T::pack(pixels(std::integral_constant<int, 0>()), pixels(std::integral_constant<int, 1>()),
+                        pixels(std::integral_constant<int, 2>()), pixels(std::integral_constant<int, 3>())));
         }
     }
 };
