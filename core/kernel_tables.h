@@ -97,8 +97,9 @@ struct Span {
     float u_off, v_off;
     float* depth;    ///< of the depth groups: one value a pixel, pixel 0 first
     uint32_t color;  ///< of the tint groups
-    /// Hints, bytes: from a sample to one that some later line needs, from a pixel to one of a later line.
-    ptrdiff_t later_texels, later_pixels;
+    /// Hints, bytes: from a sample to one that some later line needs, from a pixel and from its depth to those of a
+    /// later line.
+    ptrdiff_t later_texels, later_pixels, later_depths;
 };
 
 /// Writes pixels first to last of the line; touches nothing where first > last. Bytes of the first and the last YUY2 pair

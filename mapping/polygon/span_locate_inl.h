@@ -201,7 +201,9 @@ struct DepthTested {
         float* const line = span.depth + (block.first + lead);
         const size_t bytes = static_cast<size_t>(block.count - lead) * sizeof *line;
         __builtin_memcpy(depth + lead, line, bytes);
+        const uintptr_t later = reinterpret_cast<uintptr_t>(line) + static_cast<uintptr_t>(span.later_depths);
         each_register<T>(block, [&](int i, auto x) {
+            T::prefetch_far(reinterpret_cast<const void*>(later + static_cast<uintptr_t>(i) * sizeof *line));
             const auto here = Floats::load(w + i), behind = Floats::load(depth + i);
             const auto nearer = Floats::greater(here, behind);
             T::store(block.drawn + i, nearer);

@@ -20,7 +20,7 @@ void draw_lines(const Target& target, const Bitmap* depth, const Texture& textur
     Edge* const edges = arena.array<Edge>(most);
     const int32_t count = build_edges(polygon.vertices, polygon.count, 1, target.picture.height, edges);
     const SelectedLines selected(polygon.flags);
-    const ptrdiff_t later_pixels = ptrdiff_t{target.picture.pitch} * selected.step() * kLaterLines;
+    const auto later = [&](const Bitmap& bitmap) { return ptrdiff_t{bitmap.pitch} * selected.step() * kLaterLines; };
     const SpanDrawer spans(texture, kernels, polygon, 1, edges, count, arena.array<EdgeMapping>(most));
     SpanBatch batch(spans);
     const Plane plane(target.plane);
@@ -38,9 +38,10 @@ void draw_lines(const Target& target, const Bitmap* depth, const Texture& textur
             plane.mark(line, pixels);
             Span span = spans.between(left, right, line, pixels);
             span.line = line_address(target.picture, line);
-            span.later_pixels = later_pixels;
+            span.later_pixels = later(target.picture);
             span.color = tint;
             if (depth) {  // summed up from the span's first pixel on: in one piece
+                span.later_depths = later(*depth);
                 span.depth = reinterpret_cast<float*>(line_address(*depth, line));
                 spans.draw(span);
             } else {
