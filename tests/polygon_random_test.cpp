@@ -185,10 +185,13 @@ int any_plane(Random& random) {
 
 int32_t any_colour(Random& random) { return static_cast<int32_t>(random.next()); }
 
-/// A number of pixels or lines; odd ones and those about a register's width among them.
+/// A number of pixels or lines; odd ones and those about a register's width among them. Now and then more of both than
+/// are drawn at a time.
 void size_destination(Random& random, Call& call) {
-    call.width = random.chance(90) ? random.between(1, 45) : random.between(46, 200);
-    call.height = random.between(1, 14);
+    call.width = random.chance(90)   ? random.between(1, 45)
+                 : random.chance(70) ? random.between(46, 200)
+                                     : random.between(201, 700);
+    call.height = random.chance(96) ? random.between(1, 14) : random.between(15, 80);
     if (random.chance(2))
         (random.chance(50) ? call.width : call.height) = 0;
     call.plane_format = any_plane(random);
