@@ -18,8 +18,12 @@ inline int32_t hold_to_int32(double value) {
     return static_cast<int32_t>(value < kMost ? value : kMost);
 }
 
-/// Single precision as written: x87 registers hold more, so there the value passes through memory. Static, because files
-/// for wide registers include this header.
+inline int32_t held(int32_t value, int32_t least, int32_t most) {
+    return value < least ? least : value > most ? most : value;
+}
+
+/// Single precision as written: x87 registers hold more, so there the value passes through memory. Static, because
+/// files for wide registers include this header.
 static inline float single(float value) {
 #if defined(__i386__) && !defined(__SSE_MATH__)
     asm("" : "+m"(value));

@@ -102,9 +102,9 @@ struct Span {
     ptrdiff_t later_texels, later_pixels, later_depths;
 };
 
-/// Writes pixels first to last of the line; touches nothing where first > last. Bytes of the first and the last YUY2 pair
-/// that are not the span's may be written again as they were. The destination has the texture's layout, under a tint its
-/// own.
+/// Writes pixels first to last of the line; touches nothing where first > last. Bytes of the first and the last YUY2
+/// pair that are not the span's may be written again as they were. The destination has the texture's layout, under a
+/// tint its own.
 using SpanKernel = void(const SpanTexture& texture, const Span& span);
 constexpr int kSpanBlock = 256;  ///< pixels that vector kernels take at a time
 constexpr int kSpanFilters = 21;
@@ -128,13 +128,13 @@ extern SpanKernel* span_group[kSpanGroups][kSpanFilters];
 
 // ---------------------------------------------------------------- polygon coverage
 
-constexpr int32_t kCoverEnd = 8;  ///< pixels
-
-/// An edge that runs from x = a to x = b, a < b, from the top of a line to its bottom or the other way.
+/// An edge that runs from x = a to x = b, a <= b, from the top of a line to its bottom or the other way.
 struct CoverRamp {
     int32_t a, b;  ///< 1/4096 pixel
-    float k;       ///< 4096 / (b - a)
+    float k;       ///< 4096 / (b - a), or 0 where a = b
 };
+
+constexpr int32_t kCoverEnd = 8;  ///< pixels that CoverKernels::ends writes at either end
 
 /// Coverages are 0..4096. Everything blends as d += (s - d) * coverage >> 12; a `level`, 0..4096, scales the coverage
 /// first: coverage * level >> 12.
@@ -143,11 +143,10 @@ struct CoverRamp {
 /// its pair's two, cut, and that of the pair's first pixel where `pixels` ends with it. src, where there is one, has
 /// the destination's layout. Nothing but these pixels and their chroma is written.
 struct CoverKernels {
-    /// coverage[x] for x = first .. end-1: the area of pixel x right of the ramp. All these pixels touch the ramp.
+    /// coverage[x] for x = first .. end-1: the area of pixel x right of the ramp, a < b. All these pixels touch it.
     void (*ramp)(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp);
     /// Both ends of what two edges enclose: for kCoverEnd pixels from `first` on the area right of `left`, for as many
-    /// from `last` on, last >= first + kCoverEnd, the area left of `right`. Any of these pixels may lie beside the edge.
-    /// An upright edge has a = b and k = 0.
+    /// from `last` on, last >= first + kCoverEnd, the area left of `right`. These pixels may lie beside the edge.
     void (*ends)(uint16_t* coverage, int32_t first, const CoverRamp& left, int32_t last, const CoverRamp& right);
 
     using Blend = void(uint8_t* dst, const uint8_t* src, const uint16_t* coverage, int32_t pixels);

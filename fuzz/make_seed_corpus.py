@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the seed corpus of map_polygon_fuzzer: one input for each combination that takes a way of its own through the library.
+"""Writes the seed corpus of map_polygon_fuzzer: one input for each combination that takes a way of its own through
+the library.
 
 usage: make_seed_corpus.py FOLDER
 """

@@ -1,7 +1,7 @@
 /// \file
-/// Any bytes become a call of bmp_map_polygon that keeps its caller's duties. It is made twice, with the plain tables and
-/// with others; the pictures have to agree to the last byte. Each bitmap is a heap block that ends with its last pixel,
-/// so that the address sanitizer sees the first byte too many.
+/// Any bytes become a call of bmp_map_polygon that keeps its caller's duties. It is made twice, with the plain tables
+/// and with others; the pictures have to agree to the last byte. Each bitmap is a heap block that ends with its last
+/// pixel, so that the address sanitizer sees the first byte too many.
 ///
 /// make_seed_corpus.py writes the same layout.
 #include <algorithm>
@@ -52,7 +52,8 @@ struct Free {
     void operator()(void* block) const { std::free(block); }
 };
 
-/// A bitmap whose block ends with its last pixel. Pixels of two bytes come in pairs: a pair's last byte belongs to both.
+/// A bitmap whose block ends with its last pixel. Pixels of two bytes come in pairs: a pair's last byte belongs to
+/// both.
 class Picture {
 public:
     Picture(int width, int height, int format, uint32_t create_flags = 0) {

@@ -60,6 +60,8 @@ struct Texels256 : Lanes256 {
     }
     template <int kDword>
     static V bilinear_yuy2(V rows, V weights, V twice_texel) {
+        // Luma of texel t is byte 2t, the chroma of its pair are bytes 1 and 3 behind 2t & 4; the lower line's lie 8
+        // further on. The right one's are those of texel t + 1.
         const V steps = each(_mm_setr_epi8(0, 2, 0, 2, 0, 2, 0, 2, 0, 0, 0, 0, 0, 2, 0, 2));
         const V moving = each(_mm_setr_epi8(14, 14, 14, 14, 4, 4, 4, 4, 0, 0, 0, 0, 4, 4, 4, 4));
         const V lines = each(_mm_setr_epi8(0, 0, 8, 8, 1, 1, 9, 9, 0, 0, 0, 0, 3, 3, 11, 11));
@@ -98,15 +100,16 @@ struct Texels256 : Lanes256 {
     }
 
 private:
-    /// Taps of a channel: the upper line's left and right one, the lower line's.
+    /// `taps`: four bytes of each channel, left and right of the upper line, left and right of the lower one.
     template <int kDword>
     static V averaged(V taps, V weights) {
         const V minus_columns =  // so that 128 fits into a signed byte
             _mm256_shuffle_epi8(_mm256_sub_epi8(dwords(0), weights), words_at(4 * kDword));
         constexpr uint32_t kZeroes = 0x80008000, kByte = 4 * kDword + 2;
+        constexpr int kTotalBits = 14;  // two weights of 128 in all, multiplied
         const V lines = _mm256_shuffle_epi8(weights, dwords(kZeroes | (kByte + 1) << 16 | kByte));
         const V minus_sum = _mm256_madd_epi16(_mm256_maddubs_epi16(taps, minus_columns), lines);
-        return _mm256_srli_epi32(_mm256_sub_epi32(dwords(1 << 13), minus_sum), 14);
+        return _mm256_srli_epi32(_mm256_sub_epi32(dwords(1 << (kTotalBits - 1)), minus_sum), kTotalBits);
     }
     static V words_at(int byte) { return _mm256_set1_epi16(static_cast<short>((byte + 1) << 8 | byte)); }
     static V each(__m128i v) { return _mm256_broadcastsi128_si256(v); }

@@ -54,12 +54,14 @@ struct Texels128 : Lanes128 {
     }
     template <int kDword>
     static V bilinear_rgbq(V rows, V weights) {
+        constexpr int kTotalBits = 14;  // two weights of 128 in all, multiplied
+        constexpr int kMissing = kGrey << kTotalBits, kHalf = 1 << (kTotalBits - 1);
         const V no_bytes = _mm_setzero_si128();
         const V bytes = kDword < 2 ? _mm_unpacklo_epi8(weights, no_bytes) : _mm_unpackhi_epi8(weights, no_bytes);
         const V columns = _mm_shuffle_epi32(bytes, kDword % 2 * 0xaa);
         const V words = weighted(low(rows), high(rows), spread_high<kDword>(weights));
         const V sum = _mm_madd_epi16(arrange_rgbq(words), columns);
-        return _mm_srli_epi32(_mm_add_epi32(sum, _mm_set1_epi32(128 << 14 | 1 << 13)), 14);
+        return _mm_srli_epi32(_mm_add_epi32(sum, _mm_set1_epi32(kMissing + kHalf)), kTotalBits);
     }
     static V weigh_low(V a, V b, V pairs) { return weighted(low(a), low(b), pairs); }
     static V weigh_high(V a, V b, V pairs) { return weighted(high(a), high(b), pairs); }
@@ -90,7 +92,8 @@ private:
         else
             return _mm_shuffle_epi32(_mm_shufflehi_epi16(v, (kWord - 4) * 0x55), 0xaa);
     }
-    static V from_grey(V words) { return _mm_sub_epi16(words, _mm_set1_epi16(128)); }
+    static constexpr int kGrey = 128;
+    static V from_grey(V words) { return _mm_sub_epi16(words, _mm_set1_epi16(kGrey)); }
     static V low(V v) { return from_grey(_mm_unpacklo_epi8(v, _mm_setzero_si128())); }
     static V high(V v) { return from_grey(_mm_unpackhi_epi8(v, _mm_setzero_si128())); }
     static V weighted(V a, V b, V pairs) {

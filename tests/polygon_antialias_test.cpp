@@ -70,8 +70,8 @@ TEST_P(PolygonRamps, SlantedEdgeWithinAPixel) {
     // 1.25 to 2, whose end is the pixel's own: (16384 - 5120 - 8192) / 2. 1 to 1.75: (16384 - 4096 - 7168) / 2.
     EXPECT_EQ(coverage_of_line(outline({{1.25f, 0}, {4, 0}, {4, 1}, {2, 1}}), 4), (Weights{0, 1536, 4096, 4096}));
     EXPECT_EQ(coverage_of_line(outline({{1, 0}, {4, 0}, {4, 1}, {1.75f, 1}}), 4), (Weights{0, 2560, 4096, 4096}));
-    // 2784 / 4096 wide, up to the pixel's own end: half of that, exactly. 2784^2 * (4096 / 2784) >> 13, with the quotient
-    // as a float, would be 1391.
+    // 2784 / 4096 wide, up to the pixel's own end: half of that, exactly. 2784^2 * (4096 / 2784) >> 13, with the
+    // quotient as a float, would be 1391.
     EXPECT_EQ(coverage_of_line(outline({{2 - 2784.0f / 4096, 0}, {4, 0}, {4, 1}, {2, 1}}), 4),
               (Weights{0, 1392, 4096, 4096}));
 }
@@ -105,9 +105,9 @@ TEST_P(PolygonRamps, CornerInALineIsRampedThirdByThird) {
 }
 
 TEST_P(PolygonRamps, PastItsOwnEndAnEdgeIsUpright) {
-    // The left edge runs from (2, 1/8) to (4.625, 1). All three thirds are crossed: the line is whole, and its ends would
-    // be 1.625 and 4.625. From 1.625 to 2 the edge is upright at 2: 1536 of 12288; the rest ramps with k = 4096 / 10752:
-    // 780, 2340, 3792.
+    // The left edge runs from (2, 1/8) to (4.625, 1). All three thirds are crossed: the line is whole, and its ends
+    // would be 1.625 and 4.625. From 1.625 to 2 the edge is upright at 2: 1536 of 12288; the rest ramps with k = 4096 /
+    // 10752: 780, 2340, 3792.
     EXPECT_EQ(coverage_of_line(outline({{2, 0.125f}, {8, 0.125f}, {8, 1}, {4.625f, 1}}), 8),
               (Weights{0, 0, (1536 * 4096 + 10752 * 780) / 12288, (1536 * 4096 + 10752 * 2340) / 12288,
                        (1536 * 4096 + 10752 * 3792) / 12288, 4096, 4096, 4096}));

@@ -382,8 +382,8 @@ TEST_P(PolygonSpans, HugePolygonsAreHeldToThe32BitRange) {
 }
 
 TEST_P(PolygonSpans, ConcavePolygonsHaveSeveralSpansInALine) {
-    // A notch from columns 1 to 5 of the top reaches down to (3, 2). Line 0: 0 to 1.5 and 4.5 to 6; line 1: 0 to 2.5 and
-    // 3.5 to 6.
+    // A notch from columns 1 to 5 of the top reaches down to (3, 2). Line 0: 0 to 1.5 and 4.5 to 6; line 1: 0 to 2.5
+    // and 3.5 to 6.
     constexpr int o = kUntouched;
     EXPECT_EQ(ones(outline({{0, 0}, {1, 0}, {3, 2}, {5, 0}, {6, 0}, {6, 3}, {0, 3}}), 6, 3),
               (std::vector<Weights>{{1, o, o, o, 1, 1}, {1, 1, o, 1, 1, 1}, {1, 1, 1, 1, 1, 1}}));
@@ -537,8 +537,8 @@ TEST_P(PolygonSpans, FieldSourceShowsOneFieldInItsPlace) {
 }
 
 TEST_P(PolygonSpans, FieldSourceIsInterpolatedBetweenItsOwnLines) {
-    // With filter 1 an even field's position is (y + 0.5) / 2 + 0.25 - 0.5 = y / 2: whole on even lines, the mean of two
-    // field lines on odd ones; an odd field's (y - 1) / 2. Both are held to [0, 3 - 16/65536].
+    // With filter 1 an even field's position is (y + 0.5) / 2 + 0.25 - 0.5 = y / 2: whole on even lines, the mean of
+    // two field lines on odd ones; an odd field's (y - 1) / 2. Both are held to [0, 3 - 16/65536].
     const OwnedBitmap texture = numbered_weights(2, 8, 2);
     for (const uint32_t parity : {0u, 1u}) {
         const OwnedBitmap map = make_weights(1, 8, kUntouched);
@@ -570,9 +570,9 @@ TEST_P(PolygonSpans, SourceWithoutALineOrAPixelDrawsNothing) {
 // ---------------------------------------------------------------- the direction of the filter
 
 TEST_P(PolygonSpans, LongestEdgeMetFirstGivesTheDirection) {
-    // A square, so that all four edges tie; u grows by 6 along x and along y. The edge from the last corner to the first
-    // is met first: it is upright and its source direction is u, so that u counts as the vertical. rv = 12 / 4 = 3:
-    // class 3; rh = 0: class 0, one column wide. u = 1.5 (x + y + 1) - 0.5.
+    // A square, so that all four edges tie; u grows by 6 along x and along y. The edge from the last corner to the
+    // first is met first: it is upright and its source direction is u, so that u counts as the vertical. rv = 12 / 4 =
+    // 3: class 3; rh = 0: class 0, one column wide. u = 1.5 (x + y + 1) - 0.5.
     const OwnedBitmap texture = make_bitmap(16, 8, BMP_FMT_PWRW);
     for (int y = 0; y < 8; ++y)
         for (int x = 0; x < 16; ++x)
@@ -586,7 +586,8 @@ TEST_P(PolygonSpans, LongestEdgeMetFirstGivesTheDirection) {
     EXPECT_EQ(draw(square)[0][0], 128 * 1) << "u = 1";
     EXPECT_EQ(draw(square)[1][1], 128 * 16) << "u = 4";
 
-    // Begun one corner later, the level edge at the top is met first: rh = 3, a box of 4 columns from 1.5 (x + y + 1) - 2.
+    // Begun one corner later, the level edge at the top is met first: rh = 3, a box of 4 columns from 1.5 (x + y + 1) -
+    // 2.
     Polygon later = square;
     std::rotate(later.begin(), later.begin() + 1, later.end());
     EXPECT_EQ(draw(later)[0][0], 128 * (0 + 1 + 4 + 9) / 4) << "u = -0.5, held to 0";
@@ -594,9 +595,9 @@ TEST_P(PolygonSpans, LongestEdgeMetFirstGivesTheDirection) {
 }
 
 TEST_P(PolygonSpans, LevelEdgesCountForTheDirection) {
-    // 8 x 4 pixels; v grows by 12 along x and by 12 along y, u stays. The level edges are longest, their source direction
-    // is v: rh = 24 / 8 = 3, class 3, a box of 4 columns from u = 2.5 - 2. An upright edge would make it rv = 6, a box
-    // of one column and 4 lines.
+    // 8 x 4 pixels; v grows by 12 along x and by 12 along y, u stays. The level edges are longest, their source
+    // direction is v: rh = 24 / 8 = 3, class 3, a box of 4 columns from u = 2.5 - 2. An upright edge would make it rv =
+    // 6, a box of one column and 4 lines.
     const OwnedBitmap texture = make_bitmap(16, 32, BMP_FMT_PWRW);
     for (int y = 0; y < 32; ++y)
         for (int x = 0; x < 16; ++x)
@@ -609,8 +610,8 @@ TEST_P(PolygonSpans, LevelEdgesCountForTheDirection) {
 
 TEST_P(PolygonSpans, ReductionIsMeasuredAlongTheTurnedSource) {
     // A right triangle of 40 x 20, turned by 36.87 degrees and not scaled: both ratios are 1. Turned the other way the
-    // source would be 32 x 40 on 44 x 24: rv = 1.67, a box of two lines, which gives 500 everywhere. Of the pixel at (20,
-    // 12) the source position is 0.8 * 10.5 - 0.6 * 4.5 = 5.7 lines, less a half: 25/128 of line 6.
+    // source would be 32 x 40 on 44 x 24: rv = 1.67, a box of two lines, which gives 500 everywhere. Of the pixel at
+    // (20, 12) the source position is 0.8 * 10.5 - 0.6 * 4.5 = 5.7 lines, less a half: 25/128 of line 6.
     const OwnedBitmap texture = make_bitmap(41, 21, BMP_FMT_PWRW), map = make_weights(50, 27, kUntouched);
     for (int y = 0; y < 21; y += 2)
         for (int x = 0; x < 41; ++x)

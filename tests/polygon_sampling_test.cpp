@@ -306,8 +306,8 @@ TEST_P(PolygonClasses, Yuy2ChromaHasTheWeightsOfItsLumas) {
 }
 
 TEST_P(PolygonClasses, Yuy2ChromaOfThreeColumns) {
-    // 10 columns on 4 pixels: 3 columns. Pixel 2: 6.25 - 1.5 = 4.75: 32 of column 4, 128 of 5 and 6, 96 of 7: chroma 160
-    // of pair 2, 224 of pair 3, of 384.
+    // 10 columns on 4 pixels: 3 columns. Pixel 2: 6.25 - 1.5 = 4.75: 32 of column 4, 128 of 5 and 6, 96 of 7: chroma
+    // 160 of pair 2, 224 of pair 3, of 384.
     const OwnedBitmap texture = make_bitmap(12, 2, BMP_FMT_YUY2), dest = make_filled(4, 1, BMP_FMT_YUY2, 0xee);
     for (int y = 0; y < 2; ++y) {
         for (int i = 0; i < 4; ++i)
@@ -515,8 +515,8 @@ TEST_P(PolygonDepth, Yuy2ChromaIsWrittenWithTheEvenPixelOnly) {
 }
 
 TEST_P(PolygonDepth, WeightIsASumAlongTheSpan) {
-    // w runs from 1 at the left edge to 2 at the right one. Its first value is first * dw + w_start; then dw is added for
-    // each pixel. Columns 10 to 110: dw = 1/100, w_start = 1 - (10 - 0.5) / 100.
+    // w runs from 1 at the left edge to 2 at the right one. Its first value is first * dw + w_start; then dw is added
+    // for each pixel. Columns 10 to 110: dw = 1/100, w_start = 1 - (10 - 0.5) / 100.
     constexpr int kFirst = 10, kPixels = 100;
     const OwnedBitmap depth = make_depth(kFirst + kPixels, 1, 0),
                       dest = make_filled(kFirst + kPixels, 1, BMP_FMT_RGBQ, 0),

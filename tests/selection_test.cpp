@@ -255,13 +255,25 @@ public:
         slots = in_order(compose_slot);
         lines = line_kernels;
         shapes = shape_kernels;
+        spans = in_a_row(span_group);
+        covers = cover_kernels;
         threshold = stream_threshold_bytes;
     }
 
     std::vector<void (*)()> slots;
     LineKernels lines;
     ShapeKernels shapes;
+    std::vector<SpanKernel*> spans;
+    CoverKernels covers;
     size_t threshold = 0;
+
+    template <class Groups>
+    static std::vector<SpanKernel*> in_a_row(const Groups& groups) {
+        std::vector<SpanKernel*> all;
+        for (const auto& group : groups)
+            all.insert(all.end(), std::begin(group), std::end(group));
+        return all;
+    }
 };
 auto* const as_loaded = static_cast<AsLoaded*>(testing::AddGlobalTestEnvironment(new AsLoaded));
 
@@ -278,6 +290,18 @@ TEST(Load, HasFilledTheTablesForThisMachine) {
     EXPECT_EQ(as_loaded->shapes.add_run, shape_kernels.add_run);
     EXPECT_EQ(as_loaded->shapes.max_run, shape_kernels.max_run);
     EXPECT_EQ(as_loaded->shapes.ramp, shape_kernels.ramp);
+    EXPECT_EQ(as_loaded->spans, as_loaded->in_a_row(span_group));
+    EXPECT_EQ(as_loaded->covers.ramp, cover_kernels.ramp);
+    EXPECT_EQ(as_loaded->covers.ends, cover_kernels.ends);
+    EXPECT_EQ(as_loaded->covers.blend_rgbq, cover_kernels.blend_rgbq);
+    EXPECT_EQ(as_loaded->covers.blend_yuy2, cover_kernels.blend_yuy2);
+    EXPECT_EQ(as_loaded->covers.blend_pwrw, cover_kernels.blend_pwrw);
+    EXPECT_EQ(as_loaded->covers.paint_rgbq, cover_kernels.paint_rgbq);
+    EXPECT_EQ(as_loaded->covers.paint_yuy2, cover_kernels.paint_yuy2);
+    EXPECT_EQ(as_loaded->covers.paint_pwrw, cover_kernels.paint_pwrw);
+    EXPECT_EQ(as_loaded->covers.paint_a8, cover_kernels.paint_a8);
+    EXPECT_EQ(as_loaded->covers.fade_bytes, cover_kernels.fade_bytes);
+    EXPECT_EQ(as_loaded->covers.fade_words, cover_kernels.fade_words);
 }
 
 TEST(Load, HasSetTheStreamingThreshold) {

@@ -27,9 +27,10 @@ constexpr int32_t kMostPixelBytes = 4;
 /// The middle sub-line comes last: where they overlap it shows.
 constexpr int kRenderOrder[kSubLines] = {0, 2, 1};
 
-/// Renders the spans between a sub-line's pairs of edges, as far as their coverages `covers` reach.
-void render(uint8_t* scratch, ptrdiff_t later_pixels, const AntialiasedWalk& walk, int sub_line,
-            const EdgeCover* covers, const SpanDrawer& spans, bool in_pairs) {
+/// Renders the spans between a sub-line's pairs of edges, as far as their coverages `covers` reach. What is asked for
+/// ahead is the line itself, `to_line` bytes from the scratch line.
+void render(uint8_t* scratch, ptrdiff_t to_line, const AntialiasedWalk& walk, int sub_line, const EdgeCover* covers,
+            const SpanDrawer& spans, bool in_pairs) {
     const Crossing* const crossings = walk.crossings(sub_line);
     for (int32_t i = 0; i + 1 < walk.count(sub_line); i += 2) {
         PixelRange pixels = {covers[i].pixels.first, covers[i + 1].pixels.end};
@@ -39,7 +40,7 @@ void render(uint8_t* scratch, ptrdiff_t later_pixels, const AntialiasedWalk& wal
             pixels.first &= ~1;
         Span span = spans.between(crossings[i], crossings[i + 1], walk.line() * kSubLines + sub_line, pixels);
         span.line = scratch;
-        span.later_pixels = later_pixels;
+        span.later_pixels = to_line;
         spans.draw(span);
     }
 }
@@ -66,12 +67,13 @@ void draw_antialiased(const Target& target, const Texture& texture, const Kernel
 
     while (walk.next()) {
         uint8_t* const line = line_address(target.picture, walk.line());
-        const ptrdiff_t later_pixels = line - scratch;
+        const auto to_line =
+            static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(line) - reinterpret_cast<uintptr_t>(scratch));
         if (walk.whole()) {
-            render(scratch, later_pixels, walk, 1, walk.covers(0), spans, finisher.in_pairs);
+            render(scratch, to_line, walk, 1, walk.covers(0), spans, finisher.in_pairs);
         } else {
             for (const int sub_line : kRenderOrder)
-                render(scratch, later_pixels, walk, sub_line, walk.covers(sub_line), spans, finisher.in_pairs);
+                render(scratch, to_line, walk, sub_line, walk.covers(sub_line), spans, finisher.in_pairs);
         }
         for (const CoverSegment& segment : walk.coverage()) {
             const int32_t count = segment.pixels.end - segment.pixels.first;

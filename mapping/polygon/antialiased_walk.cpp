@@ -14,8 +14,7 @@ LineCoverer::Extent extent_of(const Target& target, const Polygon& polygon) {
     const Bounds bounds(polygon);
     const int32_t width = target.picture.width;
     const auto pixel = [width](float x, int32_t next) {
-        const int32_t at = (hold_to_int32(double{x} * kPixelUnits) >> kPixelBits) + next;
-        return at < 0 ? 0 : at < width ? at : width;
+        return held((hold_to_int32(double{x} * kPixelUnits) >> kPixelBits) + next, 0, width);
     };
     return {{pixel(bounds.left, 0), pixel(bounds.right, 1)}, most_edges(polygon)};
 }

@@ -46,22 +46,22 @@ void ramp(uint16_t* coverage, int32_t first, int32_t end, const CoverRamp& ramp)
         coverage[x] = ramp_area(x, ramp);
 }
 
-/// Whole values in double precision. What the area is a part of follows from where the ends of the edge lie: in the
-/// pixel, left of it or right of it.
+/// ramp_area() for any pixels, in double precision. Operands are whole numbers below 2^53, so only the product with k
+/// is rounded; a shift is a scaling by a power of two, cut at the end. Beside the edge the triangle has no side left.
 template <class D>
 typename D::D areas_right_of(int32_t first, const CoverRamp& ramp) {
-    constexpr double kCut = 1.0 / (2 * kPixelUnits);  // a shift of ramp_triangle
+    constexpr double kShift = 1.0 / (2 * kPixelUnits);  // >> (kPixelBits + 1)
     const auto zero = D::all(0), pixel = D::all(kPixelUnits), k = D::all(ramp.k);
     const auto a = D::all(ramp.a), b = D::all(ramp.b);
     const auto left = D::mul(D::add(D::all(first), D::counting()), pixel), right = D::add(left, pixel);
-    const auto begins = D::at_least(a, left), ends = D::at_least(right, b);
-    const auto side = D::hold(D::select(begins, D::sub(right, a), D::sub(b, left)), zero, pixel);
-    const auto triangle = D::mul(D::mul(D::mul(side, side), k), D::all(kCut));
+    const auto begins_here = D::at_least(a, left), ends_here = D::at_least(right, b);
+    const auto side = D::hold(D::select(begins_here, D::sub(right, a), D::sub(b, left)), zero, pixel);
+    const auto triangle = D::mul(D::mul(D::mul(side, side), k), D::all(kShift));
     const auto trapezoid = D::mul(D::sub(D::add(left, D::all(kPixelUnits / 2)), a), k);
     const auto within = D::hold(D::mul(D::add(D::sub(right, a), D::sub(right, b)), D::all(0.5)), zero, pixel);
-    const auto part =
-        D::whole(D::select(begins, D::select(ends, within, triangle), D::select(ends, triangle, trapezoid)));
-    return D::select(begins, part, D::select(ends, D::sub(pixel, part), part));
+    const auto part = D::whole(
+        D::select(begins_here, D::select(ends_here, within, triangle), D::select(ends_here, triangle, trapezoid)));
+    return D::select(begins_here, part, D::select(ends_here, D::sub(pixel, part), part));
 }
 
 template <class L, class D>

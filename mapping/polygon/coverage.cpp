@@ -125,6 +125,17 @@ void CoveredLine::add(int32_t first, int32_t end, int32_t width) {
         segments_[count_++] = {{first, end}, false};
 }
 
+/// Of these pixels `run` is full; where it is short its coverage is set like that of the others.
+void CoveredLine::add_around(const PixelRange& pixels, const PixelRange& run, int32_t width) {
+    if (run.end - run.first < kShortRun) {
+        add(pixels.first, pixels.end, width);
+    } else {
+        add(pixels.first, run.first, width);
+        add_full(run.first, run.end);
+        add(run.end, pixels.end, width);
+    }
+}
+
 uint64_t LineCoverer::line_bytes(const Extent& extent) {
     return Arena::bytes<uint16_t>(pixels_of(extent.reach)) + Arena::bytes<CoverSegment>(segments_of(extent));
 }
@@ -181,39 +192,38 @@ inline bool LineCoverer::cover_alone(CoveredLine& covered, const EdgeCover& left
         return true;
     if (covered.count_ > 0 && first < covered.segments_[covered.count_ - 1].pixels.end)
         return false;
-    uint16_t* const coverage = covered.coverage_;
-    const int32_t inner_first = even_below(left.pixels.first) + kCoverEnd, inner_end = even_below(right.pixels.first);
-    if (inner_first <= inner_end && fits_end(left) && fits_end(right)) {
-        const bool has_run = inner_end - inner_first >= kShortRun;
-        if (!has_run && inner_first < inner_end)
-            set(coverage, inner_first, inner_end, kWeightFull);
-        cover_kernels.ends(coverage, first, ramp_of(left), inner_end, ramp_of(right));
-        covered.add(first, has_run ? inner_first : end, width_);
-        if (has_run) {
-            covered.add_full(inner_first, inner_end);
-            covered.add(inner_end, end, width_);
-        }
+    if (cover_ends(covered, left, right))
         return true;
-    }
-    const int32_t run_first = even_above(left.pixels.end), run_end = even_below(right.pixels.first);
-    if (run_end - run_first < kShortRun) {
+    uint16_t* const coverage = covered.coverage_;
+    const PixelRange run = {even_above(left.pixels.end), even_below(right.pixels.first)};
+    if (run.end - run.first < kShortRun) {
         set(coverage, first, first + 1, 0);
         const PixelRange pair = cover_pair(coverage, left, right);
         set(coverage, pair.end, end, 0);
-        covered.add(first, end, width_);
-        return true;
+    } else {
+        set(coverage, first, left.pixels.first, 0);
+        cover_pixels(left, coverage);
+        set(coverage, left.pixels.end, run.first, kWeightFull);
+        set(coverage, run.end, right.pixels.first, kWeightFull);
+        cover_pixels(right, coverage);
+        for (int32_t x = right.pixels.first; x < right.pixels.end; ++x)
+            coverage[x] = static_cast<uint16_t>(kWeightFull - coverage[x]);
+        set(coverage, right.pixels.end, end, 0);
     }
-    set(coverage, first, left.pixels.first, 0);
-    cover_pixels(left, coverage);
-    set(coverage, left.pixels.end, run_first, kWeightFull);
-    covered.add(first, run_first, width_);
-    covered.add_full(run_first, run_end);
-    set(coverage, run_end, right.pixels.first, kWeightFull);
-    cover_pixels(right, coverage);
-    for (int32_t x = right.pixels.first; x < right.pixels.end; ++x)
-        coverage[x] = static_cast<uint16_t>(kWeightFull - coverage[x]);
-    set(coverage, right.pixels.end, end, 0);
-    covered.add(run_end, end, width_);
+    covered.add_around({first, end}, run, width_);
+    return true;
+}
+
+/// The same in one call of a kernel. False: the edges touch too many pixels for that, or lie too near to each other.
+inline bool LineCoverer::cover_ends(CoveredLine& covered, const EdgeCover& left, const EdgeCover& right) {
+    const int32_t first = even_below(left.pixels.first);
+    const PixelRange run = {first + kCoverEnd, even_below(right.pixels.first)};
+    if (run.first > run.end || !fits_end(left) || !fits_end(right))
+        return false;
+    if (run.first < run.end && run.end - run.first < kShortRun)
+        set(covered.coverage_, run.first, run.end, kWeightFull);
+    cover_kernels.ends(covered.coverage_, first, ramp_of(left), run.end, ramp_of(right));
+    covered.add_around({first, even_above(right.pixels.end)}, run, width_);
     return true;
 }
 

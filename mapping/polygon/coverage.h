@@ -38,11 +38,6 @@ struct EdgeCover {
             inside = false;
         }
     }
-
-private:
-    static int32_t held(int32_t value, int32_t least, int32_t most) {
-        return value < least ? least : value > most ? most : value;
-    }
 };
 
 /// Pixels of a line that are covered; the first one is even.
@@ -69,6 +64,7 @@ private:
     }
     void add_full(int32_t first, int32_t end) { segments_[count_++] = {{first, end}, true}; }
     void add(int32_t first, int32_t end, int32_t width);
+    void add_around(const PixelRange& pixels, const PixelRange& run, int32_t width);
 
     uint16_t* coverage_;
     CoverSegment* segments_;
@@ -99,6 +95,7 @@ public:
 private:
     PixelRange cover_pair(uint16_t* coverage, const EdgeCover& left, const EdgeCover& right);
     bool cover_alone(CoveredLine& covered, const EdgeCover& left, const EdgeCover& right);
+    bool cover_ends(CoveredLine& covered, const EdgeCover& left, const EdgeCover& right);
     void add_change(int32_t* change, const uint16_t* coverage, const PixelRange& pixels, int32_t finally, int32_t sign);
     void add_edge(int32_t* change, const EdgeCover& edge, int32_t sign);
     void add_pair(int32_t* change, const EdgeCover& left, const EdgeCover& right);

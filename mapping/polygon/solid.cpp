@@ -21,9 +21,10 @@ Painter painter_of(const Bitmap& picture, uint32_t color) {
     }
 }
 
-/// Lines are covered in batches before they are drawn: meanwhile their memory arrives, and the coverage, written pixel
-/// by pixel, reaches the cache, where wide loads find it whole.
+/// Lines are covered in batches before they are drawn: meanwhile their memory arrives, and the coverage, written bit by
+/// bit, reaches the cache, where wide loads find it whole.
 constexpr int kBatchLines = 8;
+static_assert(kBatchLines <= AntialiasedWalk::kMostKept);
 
 /// Draws covered lines.
 class SolidDrawer {
@@ -101,19 +102,19 @@ double area_of(const Target& target, const Polygon& polygon) {
 /// What a small polygon may touch is asked for before anything is computed. False: it is too large for that.
 bool prefetch_all(const Target& target, int pixel_bytes, const Polygon& polygon) {
     constexpr int64_t kMostBytes = 24 << 10;  // half a first-level cache
+    const Bitmap& picture = target.picture;
     const Bounds bounds(polygon);
-    const auto held = [](float at, int32_t end) {
-        const int32_t whole = hold_to_int32(double{at});
-        return whole < 0 ? 0 : whole < end ? whole : end;
-    };
-    const int32_t width = target.picture.width, height = target.picture.height;
-    const int32_t first = held(bounds.left, width - 1), last = held(bounds.right, width - 1),
-                  top = held(bounds.top, height - 1), bottom = held(bounds.bottom, height - 1);
-    const int64_t bytes = int64_t{last + 1 - first} * pixel_bytes;
-    if (bytes * (bottom + 1 - top) > kMostBytes)
+    const auto pixel = [](float at, int32_t size) { return held(hold_to_int32(double{at}), 0, size - 1); };
+    const int32_t left = pixel(bounds.left, picture.width), right = pixel(bounds.right, picture.width);
+    const SelectedLines selected(polygon.flags);
+    int32_t top = pixel(bounds.top, picture.height);
+    top += selected(top) ? 0 : 1;
+    const int32_t lines = (pixel(bounds.bottom, picture.height) - top) / selected.step() + 1;
+    const int64_t bytes = int64_t{right + 1 - left} * pixel_bytes;
+    if (bytes * lines > kMostBytes)
         return false;
-    line_kernels.prefetch(line_address(target.picture, top) + ptrdiff_t{first} * pixel_bytes,
-                          static_cast<size_t>(bytes), target.picture.pitch, bottom + 1 - top);
+    line_kernels.prefetch(line_address(picture, top) + ptrdiff_t{left} * pixel_bytes, static_cast<size_t>(bytes),
+                          ptrdiff_t{picture.pitch} * selected.step(), lines);
     return true;
 }
 
@@ -132,16 +133,15 @@ void draw_solid(const Target& target, uint32_t color, int32_t level, const Polyg
     const auto bytes = static_cast<size_t>(area_of(target, polygon) * painter.pixel_bytes);
     const StoreKind store = level == kWeightFull ? store_kind(bytes) : kStoreCached;
     const SolidDrawer drawer(target, painter, level, store);
-    for (bool more = true; more;) {
-        int ready = 0;
-        while (ready < kBatchLines && (more = walk.next())) {
+    int ready;
+    do {
+        for (ready = 0; ready < kBatchLines && walk.next(); ++ready) {
             if (!prefetched)
                 drawer.prefetch(walk.coverage());
-            ++ready;
         }
-        while (ready > 0)
-            drawer.draw(walk.coverage(--ready));
-    }
+        for (int back = ready - 1; back >= 0; --back)
+            drawer.draw(walk.coverage(back));
+    } while (ready == kBatchLines);
     if (store == kStoreStreamed)
         line_kernels.end_stream();
 }

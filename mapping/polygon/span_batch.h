@@ -6,8 +6,8 @@
 
 namespace zepbmp {
 
-/// Spans of some lines, drawn together in upright strips of a kernel's block: a strip's lines share most of their texels
-/// and of the pages that these lie on, which are few enough for the first-level caches. A turned quad gains 10 to 20 %.
+/// Spans of some lines, drawn together in upright strips of a kernel's block: a strip's lines share most of their
+/// texels, and of the pages that these lie on, and both are few enough for the first-level caches.
 class SpanBatch {
 public:
     explicit SpanBatch(const SpanDrawer& drawer) : drawer_(drawer) {}

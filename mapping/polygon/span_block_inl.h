@@ -50,7 +50,7 @@ struct Block {
     int count;
     float w;          ///< depth of the span's next pixel
     uintptr_t later;  ///< where the block lies on a later line
-    int pixel_bytes;  ///< there
+    int pixel_bytes;  ///< of the destination
     Places places;
     alignas(64) uint32_t drawn[kSpanBlock];       ///< all ones where a pixel passes the depth test, else 0
     alignas(64) uint8_t out[kSpanBlock * 4 + 4];  ///< pixels, or strengths of a tint

@@ -1,6 +1,6 @@
 /// \file
-/// The vector span kernels, written once over a texel type (simd/lanes.md) and included by one file per instruction set.
-/// Everything here is local to the including file.
+/// The vector span kernels, written once over a texel type (simd/lanes.md) and included by one file per instruction
+/// set. Everything here is local to the including file.
 ///
 /// A kernel goes over its span in blocks, each in three passes: where the block's pixels lie on the texture; what the
 /// texture has there; into the destination. So a kernel is a projection, a sampler and a writer, and what it needs from

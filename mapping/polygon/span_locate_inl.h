@@ -1,6 +1,6 @@
 /// \file
-/// First pass of a vector span kernel: where a block's pixels lie on the texture. A projection gives positions, a placer
-/// turns them into places.
+/// First pass of a vector span kernel: where a block's pixels lie on the texture. A projection gives positions, a
+/// placer turns them into places.
 #pragma once
 
 #include "mapping/polygon/filters.h"

@@ -1,6 +1,6 @@
 /// \file
-/// The span kernels in plain code: what each of them means. A kernel is put together from a projection, which says where
-/// on the texture a pixel lies, a texture format, and a filter.
+/// The span kernels in plain code: what each of them means. A kernel is put together from a projection, which says
+/// where on the texture a pixel lies, a texture format, and a filter.
 #include <utility>
 
 #include "core/arithmetic.h"

@@ -35,10 +35,15 @@ void each_place(const SpanTexture& texture, const Span& span, const Block& block
     }
 }
 
+constexpr Windows one_texel(int texel_shift) {
+    return {
+        .texel_shift = texel_shift, .columns = 1, .lines = 1, .texels_to_window = 1, .bytes = 0, .taps_inside = true};
+}
+
 /// The nearest texel.
 template <int kTexelShift>
 struct Nearest {
-    static constexpr Windows kWindows = {kTexelShift, 1, 1, 1, 0, true};
+    static constexpr Windows kWindows = one_texel(kTexelShift);
 
     template <class T>
     static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
@@ -51,7 +56,7 @@ struct Nearest {
 
 /// Two lumas, and the chroma of the first one's pair.
 struct NearestPair {
-    static constexpr Windows kWindows = {1, 1, 1, 1, 0, true};
+    static constexpr Windows kWindows = one_texel(1);
 
     template <class T>
     static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
@@ -72,8 +77,8 @@ struct NearestPair {
 };
 
 // A box is summed up a column at a time first: its lines in words, each the sum of (byte - 128) * weight so that it
-// fits, then its columns in 32 bits. A window is read in pieces of 16 bytes,
-// which give 16 words in two halves; the last piece may be a half.
+// fits, then its columns in 32 bits. A window is read in pieces of 16 bytes, which give 16 words in two halves; the
+// last piece may be a half.
 
 /// Where a word's texels begin and end in the window, 1/128 texel.
 struct WordTexels {
@@ -309,12 +314,14 @@ private:
 /// A box of one texel: the average of four.
 template <class Format>
 struct Bilinear {
-    static constexpr Windows kWindows = {Format::kTexelShift,
-                                         2,
-                                         2,
-                                         Format::kTexelsToWindow,
-                                         Format::kTexelsToWindow == 1 ? 0 : 8,  // else more than the four
-                                         true};
+    static constexpr Windows kWindows = {
+        .texel_shift = Format::kTexelShift,
+        .columns = 2,
+        .lines = 2,
+        .texels_to_window = Format::kTexelsToWindow,
+        .bytes = Format::kTexelsToWindow == 1 ? 0 : 8,  // two pairs, whichever of them count
+        .taps_inside = true,
+    };
 
     template <class T>
     static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {
@@ -367,7 +374,8 @@ Value value_at(const uint8_t* at) {
 
 /// Weights of a weight map.
 struct BilinearWeights {
-    static constexpr Windows kWindows = {1, 2, 2, 1, 0, true};
+    static constexpr Windows kWindows = {
+        .texel_shift = 1, .columns = 2, .lines = 2, .texels_to_window = 1, .bytes = 0, .taps_inside = true};
 
     /// Words are taken as signed, 32768 less: four taps of them stay below 2^31.
     template <class T>
@@ -392,7 +400,14 @@ struct BilinearWeights {
 
 /// The strength of a tint, 0..255, in 32 bits.
 struct BilinearStrength {
-    static constexpr Windows kWindows = {0, 2, 2, 1, 0, false};  // filter 0 goes to the last texel
+    static constexpr Windows kWindows = {
+        .texel_shift = 0,
+        .columns = 2,
+        .lines = 2,
+        .texels_to_window = 1,
+        .bytes = 0,
+        .taps_inside = false,  // filter 0 goes to the last texel
+    };
 
     template <class T>
     static void sample(const SpanTexture& texture, const Geometry&, const Span& span, Block& block) {

@@ -25,7 +25,6 @@ Slope slope_between(double left, double right, float left_x, float right_x) {
     return {step, left - step * (left_x - 0.5)};
 }
 
-constexpr int kPrefetchLines = 12;       // 8 to 16 are alike
 constexpr int32_t kPrefetchedSpan = 16;  // pixels; a shorter span is not worth it
 
 }  // namespace
@@ -40,7 +39,7 @@ PixelRange pixels_between(float left, float right, int32_t width) {
 SpanDrawer::SpanDrawer(const Texture& texture, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
                        const Edge* edges, int32_t edge_count, EdgeMapping* mappings)
     : perspective_(kernels.perspective),
-      prefetch_lines_(kPrefetchLines * sub_lines),
+      later_lines_(kLaterTexelLines * SelectedLines(polygon.flags).step() * sub_lines),
       edges_(edges),
       mappings_(mappings) {
     const FilterChoice filter = polygon.flags & BMP_MAP_NO_FILTER
@@ -97,7 +96,7 @@ ptrdiff_t SpanDrawer::bytes_to_later_lines(const Span& span, const EdgeMapping& 
         v = (v - (x * span.dv + span.v_start) / w * w_by_line) / w;
     }
     const auto texels = [&](double units) {
-        return static_cast<uintptr_t>(intptr_t{trunc_to_int32(units * (prefetch_lines_ / kTexel))});
+        return static_cast<uintptr_t>(intptr_t{trunc_to_int32(units * (later_lines_ / kTexel))});
     };
     return static_cast<ptrdiff_t>(texels(v) * static_cast<uintptr_t>(texture_.pitch) +
                                   texels(u) * static_cast<uintptr_t>(texel_bytes_));

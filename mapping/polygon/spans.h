@@ -5,6 +5,7 @@
 #include "core/kernel_tables.h"
 #include "mapping/polygon/crossing.h"
 #include "mapping/polygon/kernel_choice.h"
+#include "mapping/polygon/polygon.h"
 #include "mapping/polygon/texture.h"
 
 namespace zepbmp {
@@ -12,15 +13,19 @@ namespace zepbmp {
 /// The pixels whose centres lie between two crossings, within 0 .. width-1.
 PixelRange pixels_between(float left, float right, int32_t width);
 
-/// Draws spans of one polygon.
+/// How many drawn lines ahead memory is asked for: that of the texture, which comes piece by piece from many pages, and
+/// that of the destination. 8 to 16 lines, and 1 to 4, are alike.
+constexpr int kLaterTexelLines = 12, kLaterPixelLines = 2;
+
+/// Makes the spans of one polygon and draws them.
 class SpanDrawer {
 public:
     /// `mappings`: room for one of each edge.
     SpanDrawer(const Texture& texture, const KernelChoice& kernels, const Polygon& polygon, int sub_lines,
                const Edge* edges, int32_t edge_count, EdgeMapping* mappings);
 
-    /// Pixels with the texture coordinates that the two edges have on `line`, a sub-line where there are some. Where
-    /// they go is left open.
+    /// Pixels with the texture coordinates that the two edges have on `line`, a sub-line where there are some. What
+    /// belongs to the destination (line, depth, color, later_pixels, later_depths) is the caller's to set.
     Span between(const Crossing& left, const Crossing& right, int32_t line, const PixelRange& pixels) const;
 
     void draw(const Span& span) const { kernel_(texture_, span); }
@@ -33,7 +38,7 @@ private:
     SpanTexture texture_;
     bool perspective_;
     double u_offset_, v_offset_;
-    double prefetch_lines_;
+    double later_lines_;
     int32_t texel_bytes_;
     const Edge* edges_;
     const EdgeMapping* mappings_;

@@ -9,8 +9,6 @@
 namespace zepbmp {
 namespace {
 
-constexpr int kLaterLines = 2;  // destination lines whose memory is asked for ahead
-
 void draw_lines(const Target& target, const Bitmap* depth, const Texture& texture, uint32_t tint,
                 const KernelChoice& kernels, const Polygon& polygon) {
     const auto most = static_cast<uint64_t>(polygon.count);
@@ -20,7 +18,9 @@ void draw_lines(const Target& target, const Bitmap* depth, const Texture& textur
     Edge* const edges = arena.array<Edge>(most);
     const int32_t count = build_edges(polygon.vertices, polygon.count, 1, target.picture.height, edges);
     const SelectedLines selected(polygon.flags);
-    const auto later = [&](const Bitmap& bitmap) { return ptrdiff_t{bitmap.pitch} * selected.step() * kLaterLines; };
+    const auto later = [&](const Bitmap& bitmap) {
+        return ptrdiff_t{bitmap.pitch} * selected.step() * kLaterPixelLines;
+    };
     const SpanDrawer spans(texture, kernels, polygon, 1, edges, count, arena.array<EdgeMapping>(most));
     SpanBatch batch(spans);
     const Plane plane(target.plane);

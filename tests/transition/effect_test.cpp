@@ -333,8 +333,8 @@ TEST(EffectTest, FlyingPictureAndCubeArriveInPlace) {
         }
 }
 
-// Mixed, but by nothing else than A, B and the colour around the cube; in frames of a few pixels next to nothing is seen
-// of a flight, and its edges may be darker.
+// Mixed, but by nothing else than A, B and the colour around the cube; in frames of a few pixels next to nothing is
+// seen of a flight, and its edges may be darker.
 TEST(EffectTest, HandlesSmallAndSlimFrames) {
     constexpr struct {
         int width;
