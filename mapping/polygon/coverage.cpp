@@ -84,6 +84,27 @@ inline void set(uint16_t* coverage, int32_t first, int32_t end, uint64_t value) 
         set_many(coverage, first + kSetPixels, end, values);
 }
 
+/// Whether kCoverEnd pixels from an even one on hold all that the edge touches.
+bool fits_end(const EdgeCover& edge) {
+    return edge.inside && edge.pixels.end <= even_below(edge.pixels.first) + kCoverEnd;
+}
+
+bool fit_ends(const EdgeCover& left, const EdgeCover& right) {
+    return even_below(left.pixels.first) + kCoverEnd <= even_below(right.pixels.first) && fits_end(left) &&
+           fits_end(right);
+}
+
+/// Sets both ends of a pair that fits them, and the run of full pixels between them where it is shorter than short_run.
+/// Returns the run; the pair begins with the even pixel kCoverEnd before it.
+inline PixelRange cover_ends(uint16_t* coverage, const EdgeCover& left, const EdgeCover& right, int32_t short_run) {
+    const int32_t first = even_below(left.pixels.first);
+    const PixelRange run = {first + kCoverEnd, even_below(right.pixels.first)};
+    if (run.first < run.end && run.end - run.first < short_run)
+        set(coverage, run.first, run.end, kWeightFull);
+    cover_kernels.ends(coverage, first, ramp_of(left), run.end, ramp_of(right));
+    return run;
+}
+
 // The comparison stands in a function of this file alone, so that what the standard library makes of it does too.
 void sort_by_first_pixel(PixelRange* ranges, int32_t count) {
     std::sort(ranges, ranges + count, [](const PixelRange& a, const PixelRange& b) { return a.first < b.first; });
@@ -94,11 +115,6 @@ uint64_t pixels_of(const PixelRange& reach) {
     return static_cast<uint64_t>(even_above(reach.end) + kCoverEnd - even_below(reach.first));
 }
 static_assert(kSetPixels <= kCoverEnd);
-
-/// Whether kCoverEnd pixels from an even one on hold all that the edge touches.
-bool fits_end(const EdgeCover& edge) {
-    return edge.inside && edge.pixels.end <= even_below(edge.pixels.first) + kCoverEnd;
-}
 
 uint64_t segments_of(const LineCoverer::Extent& extent) {
     return std::min(2 * kSubLines * extent.edges + 2, pixels_of(extent.reach) / 2);
@@ -172,6 +188,10 @@ void LineCoverer::need_rows(int rows) {
 
 /// Sets the pixels of both edges and those between; returns them.
 inline PixelRange LineCoverer::cover_pair(uint16_t* coverage, const EdgeCover& left, const EdgeCover& right) {
+    if (fit_ends(left, right)) {
+        cover_ends(coverage, left, right, INT32_MAX);
+        return {left.pixels.first, right.pixels.end};
+    }
     const int32_t first = std::min(left.pixels.first, right.pixels.first),
                   end = std::max(left.pixels.end, right.pixels.end);
     set(coverage, first, left.pixels.first, 0);
@@ -192,11 +212,11 @@ inline bool LineCoverer::cover_alone(CoveredLine& covered, const EdgeCover& left
         return true;
     if (covered.count_ > 0 && first < covered.segments_[covered.count_ - 1].pixels.end)
         return false;
-    if (cover_ends(covered, left, right))
-        return true;
     uint16_t* const coverage = covered.coverage_;
-    const PixelRange run = {even_above(left.pixels.end), even_below(right.pixels.first)};
-    if (run.end - run.first < kShortRun) {
+    PixelRange run = {even_above(left.pixels.end), even_below(right.pixels.first)};
+    if (fit_ends(left, right)) {
+        run = cover_ends(coverage, left, right, kShortRun);
+    } else if (run.end - run.first < kShortRun) {
         set(coverage, first, first + 1, 0);
         const PixelRange pair = cover_pair(coverage, left, right);
         set(coverage, pair.end, end, 0);
@@ -211,19 +231,6 @@ inline bool LineCoverer::cover_alone(CoveredLine& covered, const EdgeCover& left
         set(coverage, right.pixels.end, end, 0);
     }
     covered.add_around({first, end}, run, width_);
-    return true;
-}
-
-/// The same in one call of a kernel. False: the edges touch too many pixels for that, or lie too near to each other.
-inline bool LineCoverer::cover_ends(CoveredLine& covered, const EdgeCover& left, const EdgeCover& right) {
-    const int32_t first = even_below(left.pixels.first);
-    const PixelRange run = {first + kCoverEnd, even_below(right.pixels.first)};
-    if (run.first > run.end || !fits_end(left) || !fits_end(right))
-        return false;
-    if (run.first < run.end && run.end - run.first < kShortRun)
-        set(covered.coverage_, run.first, run.end, kWeightFull);
-    cover_kernels.ends(covered.coverage_, first, ramp_of(left), run.end, ramp_of(right));
-    covered.add_around({first, even_above(right.pixels.end)}, run, width_);
     return true;
 }
 
@@ -311,6 +318,31 @@ void LineCoverer::sum_up(CoveredLine& covered) {
     reach_count_ = 0;
 }
 
+// ---------------------------------------------------------------- a few pixels
+
+/// The mean, cut, of pairs on some of the sub-lines. False: they span too many pixels, and nothing is done.
+bool LineCoverer::cover_narrow(CoveredLine& covered, const EdgeCover (*pairs)[2], int count) {
+    PixelRange all = {width_, 0};
+    for (int i = 0; i < count; ++i) {
+        for (const EdgeCover& edge : pairs[i])
+            all = {std::min(all.first, edge.pixels.first), std::max(all.end, edge.pixels.end)};
+    }
+    all = {even_below(all.first), even_above(all.end)};
+    if (all.end - all.first > kShortReach)
+        return false;
+    uint16_t* const coverage = covered.coverage_;
+    std::fill(coverage + all.first, coverage + std::max(all.first, all.end), uint16_t{0});
+    for (int i = 0; i < count; ++i) {
+        const PixelRange pixels = cover_pair(pair_, pairs[i][0], pairs[i][1]);
+        for (int32_t x = pixels.first; x < pixels.end; ++x)
+            coverage[x] = static_cast<uint16_t>(coverage[x] + pair_[x]);
+    }
+    for (int32_t x = all.first; x < all.end; ++x)
+        coverage[x] = static_cast<uint16_t>(coverage[x] / kSubLines);
+    covered.add(all.first, all.end, width_);
+    return true;
+}
+
 // ---------------------------------------------------------------- a line
 
 void LineCoverer::cover(CoveredLine& covered, int32_t line, const Crossing* crossings, int32_t count) {
@@ -334,11 +366,19 @@ void LineCoverer::cover_mean(CoveredLine& covered, int32_t line, const Crossing*
     const auto is_pair = [](int32_t edge_count) { return edge_count == 0 || edge_count == 2; };
     covered.restart(line);
     if (is_pair(count[0]) && is_pair(count[1]) && is_pair(count[2])) {
-        need_rows(1);
+        EdgeCover pairs[kSubLines][2];
+        int pair_count = 0;
         for (int sub_line = 0; sub_line < kSubLines; ++sub_line) {
-            if (count[sub_line] == 2)
-                add_pair(change_[0], edge(sub_line, 0), edge(sub_line, 1));
+            if (count[sub_line] != 2)
+                continue;
+            pairs[pair_count][0] = edge(sub_line, 0);
+            pairs[pair_count++][1] = edge(sub_line, 1);
         }
+        if (cover_narrow(covered, pairs, pair_count))
+            return;
+        need_rows(1);
+        for (int i = 0; i < pair_count; ++i)
+            add_pair(change_[0], pairs[i][0], pairs[i][1]);
         sum_up<1, kSubLines>(covered);
         return;
     }

@@ -95,10 +95,10 @@ public:
 private:
     PixelRange cover_pair(uint16_t* coverage, const EdgeCover& left, const EdgeCover& right);
     bool cover_alone(CoveredLine& covered, const EdgeCover& left, const EdgeCover& right);
-    bool cover_ends(CoveredLine& covered, const EdgeCover& left, const EdgeCover& right);
     void add_change(int32_t* change, const uint16_t* coverage, const PixelRange& pixels, int32_t finally, int32_t sign);
     void add_edge(int32_t* change, const EdgeCover& edge, int32_t sign);
     void add_pair(int32_t* change, const EdgeCover& left, const EdgeCover& right);
+    bool cover_narrow(CoveredLine& covered, const EdgeCover (*pairs)[2], int count);
     void need_rows(int rows);
     template <int kRows, int kLines>
     void sum_up(CoveredLine& covered);
