@@ -8,42 +8,39 @@ int32_t sub_line_limit(int32_t height) {
     return height <= 0 ? 0 : (height < kMost ? height : kMost) * kSubLines;
 }
 
-uint64_t most_edges(const Polygon& polygon) { return static_cast<uint64_t>(polygon.count); }
+}  // namespace
 
-LineCoverer::Extent extent_of(const Target& target, const Polygon& polygon) {
+LineCoverer::Extent AntialiasedWalk::extent_of(const Target& target, const Polygon& polygon) {
     const Bounds bounds(polygon);
     const int32_t width = target.picture.width;
     const auto pixel = [width](float x, int32_t next) {
         return held((hold_to_int32(double{x} * kPixelUnits) >> kPixelBits) + next, 0, width);
     };
-    return {{pixel(bounds.left, 0), pixel(bounds.right, 1)}, most_edges(polygon)};
+    return {{pixel(bounds.left, 0), pixel(bounds.right, 1)}, static_cast<uint64_t>(polygon.count)};
 }
 
-}  // namespace
-
-uint64_t AntialiasedWalk::bytes(const Target& target, const Polygon& polygon, int lines_kept) {
-    const uint64_t most = most_edges(polygon);
-    const LineCoverer::Extent extent = extent_of(target, polygon);
+uint64_t AntialiasedWalk::bytes(const LineCoverer::Extent& extent, int lines_kept) {
+    const uint64_t most = extent.edges;
     return Arena::bytes<Edge>(most) + Arena::bytes<Edge*>(most) + LineCoverer::bytes(extent) +
            static_cast<uint64_t>(lines_kept) * LineCoverer::line_bytes(extent) +
            kSubLines * Arena::bytes<Crossing>(most) + Arena::bytes<EdgeCover>(most);
 }
 
-AntialiasedWalk::AntialiasedWalk(Arena& arena, const Target& target, const Polygon& polygon, int lines_kept)
+AntialiasedWalk::AntialiasedWalk(Arena& arena, const Target& target, const Polygon& polygon,
+                                 const LineCoverer::Extent& extent, int lines_kept)
     : width_(target.picture.width),
       selected_(polygon.flags),
       lines_kept_(lines_kept),
-      edges_(arena.array<Edge>(most_edges(polygon))),
+      edges_(arena.array<Edge>(extent.edges)),
       edge_count_(
           build_edges(polygon.vertices, polygon.count, kSubLines, sub_line_limit(target.picture.height), edges_)),
-      walk_(edges_, edge_count_, arena.array<Edge*>(most_edges(polygon))),
-      extent_(extent_of(target, polygon)),
-      coverer_(arena, extent_, width_) {
+      walk_(edges_, edge_count_, arena.array<Edge*>(extent.edges)),
+      coverer_(arena, extent, width_) {
     for (int i = 0; i < lines_kept; ++i)
-        covered_[i] = LineCoverer::new_line(arena, extent_);
+        covered_[i] = LineCoverer::new_line(arena, extent);
     for (Crossing*& crossings : crossings_)
-        crossings = arena.array<Crossing>(most_edges(polygon));
-    covers_ = arena.array<EdgeCover>(most_edges(polygon));
+        crossings = arena.array<Crossing>(extent.edges);
+    covers_ = arena.array<EdgeCover>(extent.edges);
 }
 
 void AntialiasedWalk::cross_sub_lines() {

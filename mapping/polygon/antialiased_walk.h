@@ -15,10 +15,14 @@ class AntialiasedWalk {
 public:
     static constexpr int kMostKept = 8;
 
-    /// lines_kept: the lines whose coverage stays, 1..kMostKept.
-    static uint64_t bytes(const Target& target, const Polygon& polygon, int lines_kept = 1);
+    /// What the polygon can cover of the picture.
+    static LineCoverer::Extent extent_of(const Target& target, const Polygon& polygon);
 
-    AntialiasedWalk(Arena& arena, const Target& target, const Polygon& polygon, int lines_kept = 1);
+    /// lines_kept: the lines whose coverage stays, 1..kMostKept.
+    static uint64_t bytes(const LineCoverer::Extent& extent, int lines_kept = 1);
+
+    AntialiasedWalk(Arena& arena, const Target& target, const Polygon& polygon, const LineCoverer::Extent& extent,
+                    int lines_kept = 1);
 
     const Edge* edges() const { return edges_; }
     int32_t edge_count() const { return edge_count_; }
@@ -49,7 +53,6 @@ private:
     Edge* edges_;
     int32_t edge_count_;
     EdgeWalk walk_;
-    LineCoverer::Extent extent_;
     LineCoverer coverer_;
     CoveredLine covered_[kMostKept];
     Crossing* crossings_[kSubLines];

@@ -126,10 +126,11 @@ void draw_solid(const Target& target, uint32_t color, int32_t level, const Polyg
         level > kWeightFull || !is_finite(polygon.vertices, polygon.count))
         return;
     const bool prefetched = prefetch_all(target, painter.pixel_bytes, polygon);
+    const LineCoverer::Extent extent = AntialiasedWalk::extent_of(target, polygon);
     Arena arena;
-    if (!arena.reserve(AntialiasedWalk::bytes(target, polygon, kBatchLines)))
+    if (!arena.reserve(AntialiasedWalk::bytes(extent, kBatchLines)))
         return;
-    AntialiasedWalk walk(arena, target, polygon, kBatchLines);
+    AntialiasedWalk walk(arena, target, polygon, extent, kBatchLines);
     const auto bytes = static_cast<size_t>(area_of(target, polygon) * painter.pixel_bytes);
     const StoreKind store = level == kWeightFull ? store_kind(bytes) : kStoreCached;
     const SolidDrawer drawer(target, painter, level, store);
