@@ -162,18 +162,6 @@ void end_stream() {
 }
 
 template <class L>
-void prefetch(const uint8_t* first, size_t bytes, ptrdiff_t pitch, int32_t lines) {
-    if constexpr (L::kStreams) {
-        const auto from = reinterpret_cast<uintptr_t>(first);
-        for (uintptr_t line = 0; line < static_cast<uintptr_t>(lines); ++line) {
-            const uintptr_t begin = from + line * static_cast<uintptr_t>(pitch);
-            for (uintptr_t at = begin & -uintptr_t{kCacheLineBytes}; at < begin + bytes; at += kCacheLineBytes)
-                L::prefetch(reinterpret_cast<const void*>(at));
-        }
-    }
-}
-
-template <class L>
 constexpr LineKernels line_set() {
     if constexpr (L::kStreams)
         return {
@@ -181,7 +169,7 @@ constexpr LineKernels line_set() {
             .copy = {copy<L, kStoreCached>, copy<L, kStoreStreamed>},
             .interpolate = {interpolate_cached<L>, interpolate_streamed<L>},
             .end_stream = end_stream<L>,
-            .prefetch = prefetch<L>,
+            .prefetch = prefetch_lines,
         };
     else
         return {
@@ -189,7 +177,7 @@ constexpr LineKernels line_set() {
             .copy = {copy<L, kStoreCached>, copy<L, kStoreCached>},
             .interpolate = {interpolate_cached<L>, interpolate_cached<L>},
             .end_stream = end_stream<L>,
-            .prefetch = prefetch<L>,
+            .prefetch = prefetch_lines,
         };
 }
 

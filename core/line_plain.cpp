@@ -28,16 +28,6 @@ void interpolate(uint8_t* between, uint8_t* copied, const uint8_t* above, const 
 
 void end_stream() {}
 
-/// Nothing in builds for processors without such an instruction.
-void prefetch(const uint8_t* first, size_t bytes, ptrdiff_t pitch, int32_t lines) {
-    const auto from = reinterpret_cast<uintptr_t>(first);
-    for (uintptr_t line = 0; line < static_cast<uintptr_t>(lines); ++line) {
-        const uintptr_t begin = from + line * static_cast<uintptr_t>(pitch);
-        for (uintptr_t at = begin & -uintptr_t{kCacheLineBytes}; at < begin + bytes; at += kCacheLineBytes)
-            __builtin_prefetch(reinterpret_cast<const void*>(at));
-    }
-}
-
 }  // namespace
 
 const LineKernels kLinePlain = {
@@ -45,7 +35,7 @@ const LineKernels kLinePlain = {
     .copy = {copy, copy},
     .interpolate = {interpolate, interpolate},
     .end_stream = end_stream,
-    .prefetch = prefetch,
+    .prefetch = prefetch_lines,
 };
 
 }  // namespace zepbmp

@@ -54,14 +54,13 @@ void draw_antialiased(const Target& target, const Texture& texture, const Kernel
         return;
     const uint64_t scratch_bytes =
         Arena::bytes<uint8_t>((uint64_t{static_cast<uint32_t>(width)} + 1) * kMostPixelBytes);
-    const auto most = static_cast<uint64_t>(polygon.count);
     const LineCoverer::Extent extent = AntialiasedWalk::extent_of(target, polygon);
     Arena arena;
-    if (!arena.reserve(AntialiasedWalk::bytes(extent) + scratch_bytes + Arena::bytes<EdgeMapping>(most)))
+    if (!arena.reserve(AntialiasedWalk::bytes(extent) + scratch_bytes + Arena::bytes<EdgeMapping>(extent.edges)))
         return;
     AntialiasedWalk walk(arena, target, polygon, extent);
     const SpanDrawer spans(texture, kernels, polygon, kSubLines, walk.edges(), walk.edge_count(),
-                           arena.array<EdgeMapping>(most));
+                           arena.array<EdgeMapping>(extent.edges));
     uint8_t* const scratch = arena.array<uint8_t>(scratch_bytes);
     const Finisher finisher = finisher_of(texture.format);
     const Plane plane(target.plane);

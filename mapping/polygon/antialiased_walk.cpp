@@ -3,10 +3,7 @@
 namespace zepbmp {
 namespace {
 
-int32_t sub_line_limit(int32_t height) {
-    constexpr int32_t kMost = INT32_MAX / kSubLines;
-    return height <= 0 ? 0 : (height < kMost ? height : kMost) * kSubLines;
-}
+int32_t sub_line_limit(int32_t height) { return held(height, 0, INT32_MAX / kSubLines) * kSubLines; }
 
 }  // namespace
 

@@ -296,7 +296,7 @@ void LineCoverer::sum_up(CoveredLine& covered) {
         constexpr int32_t kMost = kWeightFull * kLines / kRows;
         uint32_t total = 0;
         for (const int32_t value : sum)
-            total += static_cast<uint32_t>(value < 0 ? 0 : value > kMost ? kMost : value);
+            total += static_cast<uint32_t>(held(value, 0, kMost));
         return static_cast<int32_t>(total / kLines);
     };
     int32_t at = 0;

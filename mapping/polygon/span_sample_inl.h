@@ -331,15 +331,21 @@ struct Bilinear {
             prefetch_ahead<T, 4>(texture, span, block, i);
             const V place = T::load(block.places.fraction + i);
             const V weights = LineWeights<T, kFractions>(Format::template in_texel<T>(place)).first_two;
-            const auto pixels = [&]<int kDword>(std::integral_constant<int, kDword>) {
-                return Format::template bilinear<T, kDword>(
-                    T::template load_rows<kDword>(texture.pixels, offset, texture.pitch), weights, place);
-            };
-            Format::template store<T>(
-                block.out + i * Format::kPixelBytes,
-                T::pack(pixels(std::integral_constant<int, 0>()), pixels(std::integral_constant<int, 1>()),
-                        pixels(std::integral_constant<int, 2>()), pixels(std::integral_constant<int, 3>())));
+            const V a = pixels<T, 0>(texture, offset, weights, place),
+                    b = pixels<T, 1>(texture, offset, weights, place),
+                    c = pixels<T, 2>(texture, offset, weights, place),
+                    d = pixels<T, 3>(texture, offset, weights, place);
+            Format::template store<T>(block.out + i * Format::kPixelBytes, T::pack(a, b, c, d));
         }
+    }
+
+private:
+    /// The pixels kDword, kDword + 4, ... of a register.
+    template <class T, int kDword>
+    static typename T::V pixels(const SpanTexture& texture, const int32_t* offset, typename T::V weights,
+                                typename T::V place) {
+        const auto rows = T::template load_rows<kDword>(texture.pixels, offset, texture.pitch);
+        return Format::template bilinear<T, kDword>(rows, weights, place);
     }
 };
 
