@@ -34,6 +34,7 @@ void fill_kernel_tables(int level, int register_bytes) {
     fill_compose_slots(level, register_bytes);
     fill_span_groups(level, register_bytes);
     fill_cover_kernels(level, register_bytes);
+    fill_area_kernels(level, register_bytes);
     fill_line_kernels(level, register_bytes);
     fill_shape_kernels(level, register_bytes);
 #if defined(__i386__)

@@ -3,7 +3,8 @@
 /// constructor, so nothing in the library may have a dynamic initialiser: it could run later and undo that.
 ///
 /// The selection tables, which say what goes where, stand with the kernels that they select from:
-/// compose/compose_table.cpp, mapping/polygon/span_table.cpp, core/line_table.cpp, shapes/shape_table.cpp.
+/// compose/compose_table.cpp, mapping/polygon/span_table.cpp, mapping/polygon/cover_table.cpp,
+/// mapping/rect/area_table.cpp, core/line_table.cpp, shapes/shape_table.cpp.
 #pragma once
 
 #include <cstddef>
@@ -21,6 +22,7 @@ constexpr int kWidestRegister = 64;  ///< bytes
 void fill_compose_slots(int level, int register_bytes = kWidestRegister);
 void fill_span_groups(int level, int register_bytes = kWidestRegister);
 void fill_cover_kernels(int level, int register_bytes = kWidestRegister);
+void fill_area_kernels(int level, int register_bytes = kWidestRegister);
 void fill_line_kernels(int level, int register_bytes = kWidestRegister);
 void fill_shape_kernels(int level, int register_bytes = kWidestRegister);
 
@@ -166,6 +168,54 @@ struct CoverKernels {
     void (*fade_words)(uint8_t* dst, uint32_t value, int32_t words, int32_t level);
 };
 extern CoverKernels cover_kernels;
+
+// ---------------------------------------------------------------- area resampling
+
+/// The source pixels (or lines) under a destination pixel (or line), and how much of it each covers: the first one and
+/// the last one their own weights, those between them all the same. Where there is only one, last_weight is 0.
+struct AreaSpan {
+    int32_t first, count;  ///< count is 1 or more
+    int32_t first_weight, last_weight;
+};
+
+/// What a destination line is made of. Its weights add up to at most 2048.
+struct AreaLines {
+    const uint8_t* pixels;  ///< pixel 0 of the source's line 0
+    ptrdiff_t pitch;
+    AreaSpan span;
+    int32_t inner_weight;
+    const uint8_t* end;    ///< of the source's last line, behind its last pixel: nothing is read from there on
+    int32_t later, ahead;  ///< a hint: the lines `later` .. `later + ahead - 1` will be needed next
+};
+
+constexpr int32_t kAreaPixels = 512;  ///< that a kernel gets at a time
+constexpr int32_t kAreaEnds = 2;      ///< of a line, at either end, that its kernel leaves to others
+
+/// What destination pixels of one line are made of. A pixel's weights add up to at most 4096, a pair's to 8192.
+struct AreaColumns {
+    int32_t count;          ///< of pixels, at most kAreaPixels
+    const AreaSpan* spans;  ///< one a pixel
+    int32_t inner_weight;
+    const AreaSpan* pair_spans;  ///< of YUY2: one for each pair of pixels, in pairs of the source
+    int32_t inner_pair_weight;
+};
+
+/// A kernel's own memory. What plan() leaves there serves for any number of lines.
+struct AreaScratch;
+
+/// Each byte becomes sum(byte * column's weight * line's weight) >> 23, the sums being exact. RGBQ leaves byte 3 as it
+/// is. YUY2 is rounded to nearest, luma as (sum + 2^22) >> 23, chroma, over its pair, as (sum + 2^23) >> 24; dst begins
+/// a pair, and there is no half one.
+struct AreaKernels {
+    void (*plan_rgbq)(const AreaColumns& columns, AreaScratch& scratch);
+    void (*plan_yuy2)(const AreaColumns& columns, AreaScratch& scratch);
+    void (*plan_rgb8)(const AreaColumns& columns, AreaScratch& scratch);
+    using Draw = void(uint8_t* dst, const AreaLines& lines, const AreaColumns& columns, AreaScratch& scratch);
+    Draw* rgbq;
+    Draw* yuy2;
+    Draw* rgb8;
+};
+extern AreaKernels area_kernels;
 
 // ---------------------------------------------------------------- lines of bytes
 

@@ -33,7 +33,7 @@
 #define ZEPBMP_HAS_DRAWING 0  /* bmp_draw_rect bmp_draw_line bmp_translate_color    */
 #define ZEPBMP_HAS_DISPLAY 0  /* bmp_set_palette bmp_display                        */
 #define ZEPBMP_HAS_POLYGONS 1 /* bmp_map_polygon                                    */
-#define ZEPBMP_HAS_RECTS 0    /* bmp_map_rect                                       */
+#define ZEPBMP_HAS_RECTS 1    /* bmp_map_rect                                       */
 
 #if defined(_WIN32)
 #define BMP_CALL __stdcall
