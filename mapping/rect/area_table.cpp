@@ -10,11 +10,11 @@ void fill_area_kernels(int level, int register_bytes) {
     // clang-format off
     static constexpr const AreaKernels* kColumns[kKernelColumns] = {
         // by level: 0 to 4
-        &kAreaPlain, &kAreaPlain, &kAreaPlain, &kAreaPlain, &kAreaPlain,
+        &kAreaPlain, &kAreaPlain, &kAreaPlain, &kAreaPlain, &kAreaSse2,
         // at level 4, registers of 16, 32 and 64 bytes
-        &kAreaPlain, &kAreaPlain,
+        &kAreaSse2, &kAreaAvx2,
 #if defined(ZEPBMP_HAVE_AVX512)
-        &kAreaPlain,
+        &kAreaAvx512,
 #endif
     };
     // clang-format on
