@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "support/export_calls.h"
+#include "support/rects.h"
 #include "support/tables.h"
 
 namespace zepbmp::test {
@@ -57,6 +58,26 @@ TEST_P(Threads, ReadOneSourceAtOnce) {
     one.join();
     other.join();
     EXPECT_EQ(snapshot(dest[0]), snapshot(dest[1]));
+}
+
+TEST_P(Threads, MapOneSourceAtOnce) {
+    const UseTables use(GetParam());
+    const OwnedBitmap source = make_noise(320, 60, BMP_FMT_YUY2, 1);
+    const OwnedBitmap dest[2] = {make_bitmap(200, 40, BMP_FMT_YUY2), make_bitmap(200, 40, BMP_FMT_YUY2)},
+                      map[2] = {make_weights(200, 40, 0), make_weights(200, 40, 0)};
+    const auto map_it = [&](int i) {
+        for (int k = 0; k < rounds(30); ++k)
+            map_rect({.dest = dest[i].get(),
+                      .weight_map = map[i].get(),
+                      .to = {0.5f, 0.25f, 200, 40},
+                      .src = source.get(),
+                      .from = {-3, 1, 320, 60}});
+    };
+    std::thread one(map_it, 0), other(map_it, 1);
+    one.join();
+    other.join();
+    EXPECT_EQ(snapshot(dest[0]), snapshot(dest[1]));
+    EXPECT_EQ(snapshot(map[0]), snapshot(map[1]));
 }
 
 ZEPBMP_FOR_ALL_TABLES(Threads);

@@ -30,6 +30,13 @@ inline int32_t truncate_to_int(double value) {
     return INT32_MIN;
 }
 
+// One rounding to single precision, whatever the registers hold. A product, sum or quotient of two singles that was
+// rounded to double first comes out as if it had been rounded once.
+inline float single(double value) {
+    volatile float rounded = static_cast<float>(value);
+    return rounded;
+}
+
 // 16-bit weights in memory; masks of other formats may be read at odd addresses.
 inline uint16_t load_u16(const uint8_t* address) {
     uint16_t value;
@@ -37,9 +44,7 @@ inline uint16_t load_u16(const uint8_t* address) {
     return value;
 }
 
-inline void store_u16(uint8_t* address, uint16_t value) {
-    std::memcpy(address, &value, sizeof value);
-}
+inline void store_u16(uint8_t* address, uint16_t value) { std::memcpy(address, &value, sizeof value); }
 
 }  // namespace model
 

@@ -46,6 +46,10 @@ void bmp_map_polygon(Bitmap* dst, Bitmap* dst2, Bitmap* aux, const void* tex_a, 
 // The filter, 0 to 20, that a texture is sampled with; -1: it has no pixel to sample.
 int filter_index(const Bitmap* texture, const BmpVertex* vertices, int32_t count, uint32_t flags);
 
+// Reads the nearest column or row of the source where the walk leaves it; draws nothing from a source without a pixel.
+void bmp_map_rect(Bitmap* dest, Bitmap* weight_map, float dx0, float dy0, float dx1, float dy1, const Bitmap* src,
+                  const int32_t* src_size, float sx0, float sy0, float sx1, float sy1, uint32_t flags);
+
 // ---------------------------------------------------------------- the kernels' arithmetic, one byte each
 //
 // p1, p2      the byte of the first and of the second source

@@ -18,13 +18,6 @@ namespace model {
 
 constexpr int32_t kFull = 4096;  // of a coverage, a level, a weight
 
-// One rounding to single precision, whatever the registers hold. A product, sum or quotient of two singles that was
-// rounded to double first comes out as if it had been rounded once.
-inline float single(double value) {
-    volatile float rounded = static_cast<float>(value);
-    return rounded;
-}
-
 inline float add(float a, float b) { return single(double{a} + double{b}); }
 inline float multiply(float a, float b) { return single(double{a} * double{b}); }
 inline float divide(float a, float b) { return single(double{a} / double{b}); }

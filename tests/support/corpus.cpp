@@ -5,6 +5,7 @@
 
 #include "library.h"
 #include "polygons.h"
+#include "rects.h"
 
 namespace zepbmp::test {
 namespace {
@@ -267,6 +268,58 @@ uint64_t polygons(Mapping mapping) {
     return hash.value();
 }
 
+struct Extent {
+    float start, end;
+};
+
+/// Part of `size` pixels; now and then its start lies outside.
+Extent some_extent(Random& random, int size) {
+    const float end = random.chance(50) ? static_cast<float>(size) : exact(random, 0, size);
+    switch (random.below(4)) {
+        case 0: return {0, end};
+        case 1: return {exact(random, -size, 0), end};
+        case 2: return {exact(random, -size, 2 * size), end};
+        default: return {exact(random, 0, static_cast<int>(end)), end};
+    }
+}
+
+uint64_t mapped_rects(int format) {
+    Hash hash;
+    Random random(30 + static_cast<uint64_t>(format));
+    for (int call = 0; call < 2 * kCalls; ++call) {
+        const Size size = some_size(random, call);
+        const int ratio = random.pick({1, 1, 2, 2, 3, 8}), rows = random.pick({1, 1, 2, 3});
+        const Size source_size = {std::min(900, size.width * ratio), size.height * rows};
+        const OwnedBitmap dest = noise(random, size, format), map = some_weights(random, size),
+                          src = some_source(random, source_size, format);
+        if (random.chance(50))
+            library().clear(map.get(), 0);
+        for (int mapping = 0; mapping < 2; ++mapping) {  // the second one meets the first one's weights
+            Extent dx = some_extent(random, size.width), dy = some_extent(random, size.height);
+            Extent sx = some_extent(random, source_size.width), sy = some_extent(random, source_size.height);
+            const bool all = random.chance(30), same_scale = random.chance(30);
+            if (all) {
+                dx = {0, static_cast<float>(size.width)};
+                dy = {0, static_cast<float>(size.height)};
+                sx = {0, static_cast<float>(source_size.width)};
+                sy = {0, static_cast<float>(source_size.height)};
+            }
+            if (same_scale)
+                sx.start = sx.end - (dx.end - dx.start);
+            const uint32_t field = some_field(random);
+            map_rect({.dest = dest.get(),
+                      .weight_map = format == BMP_FMT_RGB8 ? nullptr : map.get(),
+                      .to = {dx.start, dy.start, dx.end, dy.end},
+                      .src = src.get(),
+                      .from = {sx.start, sy.start, sx.end, sy.end},
+                      .flags = field});
+        }
+        hash.add(dest);
+        hash.add(map);
+    }
+    return hash.value();
+}
+
 }  // namespace
 
 std::vector<Digest> digest_corpus(bool plain) {
@@ -285,6 +338,9 @@ std::vector<Digest> digest_corpus(bool plain) {
         {"compose_color_rgbq_band" + arithmetic, compose(BMP_FMT_RGBQ, Mix::kBand)},
         {"alpha_rect", rects()},
         {"alpha_circle", circles()},
+        {"map_rect_rgb8", mapped_rects(BMP_FMT_RGB8)},
+        {"map_rect_rgbq", mapped_rects(BMP_FMT_RGBQ)},
+        {"map_rect_yuy2", mapped_rects(BMP_FMT_YUY2)},
         {"polygons_affine", polygons(Mapping::kAffine)},
         {"polygons_perspective", polygons(Mapping::kPerspective)},
         {"polygons_depth", polygons(Mapping::kDepth)},

@@ -33,6 +33,20 @@ void map_polygon(Caller& call, const MapCall& a, std::span<const BmpVertex> poly
          static_cast<int32_t>(polygon.size()), a.flags);
 }
 
+// Rectangles whose starts are clipped, with quotients that are not exact.
+struct RectPair {
+    float dx0, dy0, dx1, dy1, sx0, sy0, sx1, sy1;
+};
+constexpr RectPair kReduced = {-1.3f, -0.7f, 31.7f, 4.9f, -3.3f, 0.4f, 73.1f, 9.7f};
+constexpr RectPair kEnlarged = {-5.9f, 0.3f, 71.3f, 9.9f, 0.7f, -0.6f, 30.1f, 4.3f};
+constexpr RectPair kSameScale = {2.3f, -1.7f, 70.3f, 7.3f, -0.9f, 0.1f, 67.1f, 9.1f};
+
+void map_rect(Caller& call, const OwnedBitmap& dest, Bitmap* map, const OwnedBitmap& src, const RectPair& r,
+              uint32_t flags) {
+    call(library().map_rect, dest.get(), map, r.dx0, r.dy0, r.dx1, r.dy1, src.get(), nullptr, r.sx0, r.sy0, r.sx1,
+         r.sy1, flags);
+}
+
 const ExportCall kCalls[] = {
     {"bmp_create and bmp_destroy",
      [](Caller& call, Scene& scene) {
@@ -183,6 +197,22 @@ const ExportCall kCalls[] = {
                       BMP_MAP_EXTRA | BMP_MAP_SOLID},
                      kPerspective);
      }},
+    {"bmp_map_rect RGB8",
+     [](Caller& call, Scene& scene) {
+         map_rect(call, scene.rgb8[0], nullptr, scene.rgb8[1], kReduced, 0);
+         map_rect(call, scene.rgb8[0], nullptr, scene.rgb8[1], kEnlarged, BMP_FIELD);
+     }},
+    {"bmp_map_rect RGBQ",
+     [](Caller& call, Scene& scene) {
+         map_rect(call, scene.rgbq[0], scene.map.get(), scene.rgbq[1], kReduced, 0);
+         map_rect(call, scene.rgbq[0], scene.map.get(), scene.rgbq[1], kEnlarged, BMP_FIELD | BMP_FIELD_ODD);
+     }},
+    {"bmp_map_rect YUY2",
+     [](Caller& call, Scene& scene) {
+         map_rect(call, scene.yuy2[0], scene.map.get(), scene.yuy2[1], kReduced, 0);
+         map_rect(call, scene.yuy2[0], scene.map.get(), scene.yuy2[1], kEnlarged, BMP_FIELD);
+         map_rect(call, scene.yuy2[0], scene.map.get(), scene.yuy2[1], kSameScale, 0);
+     }},
 };
 
 }  // namespace
@@ -201,6 +231,8 @@ Scene::Scene(uint64_t seed) {
     fill_masks(random, lines_of(mask.get()));
     map = make_noise(kWidth, kHeight, BMP_FMT_PWRW, random.next());
     depth = make_bitmap(kWidth, kHeight, BMP_FMT_QUAD3);
+    for (OwnedBitmap& bitmap : rgb8)
+        bitmap = make_noise(kWidth, kHeight, BMP_FMT_RGB8, random.next());
 }
 
 std::vector<uint8_t> Scene::contents() const {
@@ -218,6 +250,8 @@ std::vector<uint8_t> Scene::contents() const {
     add(mask);
     add(map);
     add(depth);
+    for (const OwnedBitmap& bitmap : rgb8)
+        add(bitmap);
     for (const uint32_t word : results)
         for (int k = 0; k < 4; ++k)
             all.push_back(static_cast<uint8_t>(word >> 8 * k));

@@ -19,7 +19,7 @@ struct Scene {
     /// Every byte that a call can have written, and every result.
     std::vector<uint8_t> contents() const;
 
-    OwnedBitmap yuy2[3], rgbq[3], weights[2], mask, map, depth;
+    OwnedBitmap yuy2[3], rgbq[3], weights[2], mask, map, depth, rgb8[2];
     std::vector<uint32_t> results;
 };
 

@@ -19,6 +19,7 @@ struct Library {
     decltype(&::bmp_alpha_rect) alpha_rect;
     decltype(&::bmp_alpha_circle) alpha_circle;
     decltype(&::bmp_map_polygon) map_polygon;
+    decltype(&::bmp_map_rect) map_rect;
 };
 
 const Library& library();

@@ -41,6 +41,7 @@ Library load() {
     find(dll, "_bmp_alpha_rect@32", found.alpha_rect);
     find(dll, "_bmp_alpha_circle@28", found.alpha_circle);
     find(dll, "_bmp_map_polygon@32", found.map_polygon);
+    find(dll, "_bmp_map_rect@52", found.map_rect);
     return found;
 }
 

@@ -16,6 +16,7 @@ const Library& library() {
         .alpha_rect = &::bmp_alpha_rect,
         .alpha_circle = &::bmp_alpha_circle,
         .map_polygon = &::bmp_map_polygon,
+        .map_rect = &::bmp_map_rect,
     };
     return linked;
 }

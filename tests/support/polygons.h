@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "owned_bitmap.h"
+#include "pictures.h"
 
 namespace zepbmp::test {
 
@@ -24,14 +24,6 @@ struct MapArguments {
 inline void map_polygon(const MapArguments& arguments, const Polygon& polygon) {
     library().map_polygon(arguments.dst, arguments.dst2, arguments.aux, arguments.tex_a, arguments.tex_b,
                           polygon.data(), static_cast<int32_t>(polygon.size()), arguments.flags);
-}
-
-struct Area {
-    float left, top, right, bottom;
-};
-
-inline Area whole(const OwnedBitmap& bitmap) {
-    return {0, 0, static_cast<float>(bitmap->width), static_cast<float>(bitmap->height)};
 }
 
 /// The rectangle `to` showing the rectangle `from` of the source; begins top left and runs clockwise.
@@ -53,24 +45,6 @@ inline Polygon outline(std::initializer_list<std::pair<float, float>> corners) {
     return polygon;
 }
 
-/// Weight 100 y + x at (x, y).
-inline OwnedBitmap numbered_weights(int width, int height, uint32_t flags = 0) {
-    OwnedBitmap bitmap = make_bitmap(width, height, BMP_FMT_PWRW, flags | BMP_CREATE_ZERO);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            weights(bitmap, y)[x] = static_cast<uint16_t>(100 * y + x);
-    return bitmap;
-}
-
-/// Byte `first + 50 y + i` at byte i of line y, padding included.
-inline OwnedBitmap numbered_bytes(int width, int height, int format, int first, uint32_t flags = 0) {
-    OwnedBitmap bitmap = make_bitmap(width, height, format, flags | BMP_CREATE_ZERO);
-    for (int y = 0; y < height; ++y)
-        for (int i = 0; i < bitmap->pitch; ++i)
-            line(bitmap, y)[i] = static_cast<uint8_t>(first + 50 * y + i);
-    return bitmap;
-}
-
 inline OwnedBitmap make_depth(int width, int height, float depth) {
     OwnedBitmap bitmap = make_bitmap(width, height, BMP_FMT_QUAD3);
     for (int y = 0; y < height; ++y)
@@ -80,16 +54,5 @@ inline OwnedBitmap make_depth(int width, int height, float depth) {
 }
 
 inline float* depths(const OwnedBitmap& bitmap, int y) { return reinterpret_cast<float*>(line(bitmap, y)); }
-
-inline std::vector<int> bytes_of_line(const OwnedBitmap& bitmap, int y) {
-    return bytes_at(line(bitmap, y), bitmap->width * bitmap->bytes_per_pixel);
-}
-
-inline std::vector<std::vector<int>> all_weights(const OwnedBitmap& bitmap) {
-    std::vector<std::vector<int>> lines;
-    for (int y = 0; y < bitmap->height; ++y)
-        lines.push_back(weights_of_line(bitmap, y));
-    return lines;
-}
 
 }  // namespace zepbmp::test
