@@ -184,14 +184,22 @@ struct AreaLines {
     ptrdiff_t pitch;
     AreaSpan span;
     int32_t inner_weight;
-    const uint8_t* end;    ///< of the source's last line, behind its last pixel: nothing is read from there on
-    int32_t later, ahead;  ///< a hint: the lines `later` .. `later + ahead - 1` will be needed next
+    const uint8_t* end;  ///< of the source's last line, behind its last pixel: nothing is read from there on
+    /// Hints: the lines that will be needed next, `later` .. `later + ahead - 1`; bytes from a destination pixel to the
+    /// one that the next call writes.
+    int32_t later, ahead;
+    ptrdiff_t later_pixels;
 };
 
-constexpr int32_t kAreaPixels = 512;  ///< that a kernel gets at a time
-constexpr int32_t kAreaEnds = 2;      ///< of a line, at either end, that its kernel leaves to others
+constexpr int32_t kAreaPixels = 1024;  ///< that a kernel gets at a time
 
-/// What destination pixels of one line are made of. A pixel's weights add up to at most 4096, a pair's to 8192.
+/// What vector kernels can take; they draw other runs pixel by pixel.
+constexpr int32_t kAreaColumns = 2560;  ///< source pixels under a run
+constexpr int32_t kAreaBlocks = 1024;   ///< blocks of kAreaBlockColumns of them, added up over a run's pixels, whose
+constexpr int32_t kAreaTogether = 64;   ///< number is rounded up to a multiple of this
+constexpr int32_t kAreaBlockColumns = 4;
+
+/// What destination pixels of one line are made of. A pixel's weights add up to 4096, a pair's to 8192.
 struct AreaColumns {
     int32_t count;          ///< of pixels, at most kAreaPixels
     const AreaSpan* spans;  ///< one a pixel

@@ -11,47 +11,59 @@ namespace zepbmp {
 namespace {
 
 struct Areas256 : Lanes256 {
-    template <int kChannels>
-    static constexpr int kWindowPixels = 4 / kChannels;
-    static constexpr int kWindowWords = 8;
-    static constexpr bool kWideWindows = true;
-    static constexpr int kOrderBytes = 2 * kBytes;
+    static constexpr bool kLooksUp = false;
+    static constexpr int32_t kWindow = 0;
 
-    using Two = V;
-    static Two even_bytes_of_two(V a, V b) { return bit_or(bit_and(a, words(0xff)), shift_left_words<8>(b)); }
-    static Two odd_bytes_of_two(V a, V b) { return bit_or(shift_right<8>(a), bit_and(b, words(0xff00))); }
-    static Two bytes_of_two(const void* a, const void* b) {
-        return bit_or(bytes_as_words(a), shift_left_words<8>(bytes_as_words(b)));
+    static V even_bytes_of_two(V a, V b) {
+        const V both = bit_or(bit_and(a, words(0xff)), shift_left_words<8>(b));
+        return bit_xor(both, words(0x8080));
     }
-    static Two two_weights(int a, int b) { return words(a | b << 8); }
-    static V weigh_two(Two bytes, Two weights) { return _mm256_maddubs_epi16(bytes, weights); }
+    static V odd_bytes_of_two(V a, V b) {
+        const V both = bit_or(shift_right<8>(a), bit_and(b, words(0xff00)));
+        return bit_xor(both, words(0x8080));
+    }
+    static V bytes_of_two(const void* a, const void* b) {
+        const __m128i both = _mm_unpacklo_epi8(_mm_loadl_epi64(static_cast<const __m128i*>(a)),
+                                               _mm_loadl_epi64(static_cast<const __m128i*>(b)));
+        const V order = _mm256_setr_epi8(0, 1, 0, 1, 2, 3, 2, 3, 4, 5, 4, 5, 6, 7, 6, 7,  //
+                                         8, 9, 8, 9, 10, 11, 10, 11, 12, 13, 12, 13, 14, 15, 14, 15);
+        return bit_xor(_mm256_shuffle_epi8(_mm256_broadcastsi128_si256(both), order), words(0x8080));
+    }
+    static V first_words_twice(V v) {
+        const V halves = _mm256_permute4x64_epi64(v, 0x10);
+        return _mm256_unpacklo_epi16(halves, halves);
+    }
+    static V last_words_twice(V v) {
+        const V halves = _mm256_permute4x64_epi64(v, 0x32);
+        return _mm256_unpacklo_epi16(halves, halves);
+    }
+    static V odd_words_twice(V v) {
+        return _mm256_shuffle_epi8(
+            v, _mm256_broadcastsi128_si256(_mm_setr_epi8(2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15)));
+    }
 
-    /// A window's two halves have shuffles of their own; a byte that is not in a half becomes 0 there.
-    static void set_order(uint8_t* order, int dword, int word0, int word1) {
-        const int words[2] = {word0, word1};
-        for (int i = 0; i < 4; ++i) {
-            const int byte = 2 * words[i / 2] + i % 2;
-            order[4 * dword + i] = static_cast<uint8_t>(byte < 16 ? byte : 0x80);
-            order[kBytes + 4 * dword + i] = static_cast<uint8_t>(byte < 16 ? 0x80 : byte - 16);
-        }
+    using TwoWeights = V;
+    static TwoWeights two_weights(int high_a, int high_b, int low_a, int low_b) {
+        return dwords(static_cast<uint32_t>(high_a | high_b << 8 | low_a << 16) | static_cast<uint32_t>(low_b) << 24);
     }
-    template <int kChannels, bool kWide>
-    static V gather(const uint16_t* plane, const int32_t* base, const uint8_t* order) {
-        const V low = _mm256_shuffle_epi8(windows(plane, base), load(order));
-        if constexpr (!kWide)
-            return low;
-        return bit_or(low, _mm256_shuffle_epi8(windows(plane + kWindowWords, base), load(order + kBytes)));
-    }
-    static V windows(const uint16_t* plane, const int32_t* base) {
-        return _mm256_inserti128_si256(_mm256_castsi128_si256(window(plane + base[0])), window(plane + base[1]), 1);
-    }
-    static __m128i window(const uint16_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+    static V weigh_two(V bytes, TwoWeights weights) { return _mm256_maddubs_epi16(weights, bytes); }
 
-    static V pack_to_words(V a, V b) { return _mm256_packs_epi32(a, b); }
-    static V ordered_words(V v) { return _mm256_permute4x64_epi64(v, 0xd8); }
-    static V pack_to_bytes(V a, V b) { return _mm256_packus_epi16(a, b); }
-    static V ordered_bytes(V v) {
-        return _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
+    template <int kDword>
+    static V load_columns(const uint32_t* plane, const int32_t* base) {
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(quarter(plane + base[kDword])),
+                                       quarter(plane + base[4 + kDword]), 1);
+    }
+    static __m128i quarter(const uint32_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+    static V sums_of_quarters(V a, V b, V c, V d) {
+        const V ab = add_dwords(_mm256_unpacklo_epi32(a, b), _mm256_unpackhi_epi32(a, b));
+        const V cd = add_dwords(_mm256_unpacklo_epi32(c, d), _mm256_unpackhi_epi32(c, d));
+        return add_dwords(_mm256_unpacklo_epi64(ab, cd), _mm256_unpackhi_epi64(ab, cd));
+    }
+
+    static V dwords_to_words(V a, V b) { return _mm256_permute4x64_epi64(_mm256_packs_epi32(a, b), 0xd8); }
+    static V dwords_to_bytes(V a, V b, V c, V d) {
+        const V packed = _mm256_packus_epi16(_mm256_packs_epi32(a, b), _mm256_packs_epi32(c, d));
+        return _mm256_permutevar8x32_epi32(packed, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
     }
 };
 

@@ -11,40 +11,51 @@ namespace zepbmp {
 namespace {
 
 struct Areas128 : Lanes128 {
-    template <int kChannels>
-    static constexpr int kWindowPixels = 1;
-    static constexpr int kWindowWords = 8;
-    static constexpr bool kWideWindows = false;
-    static constexpr int kOrderBytes = 0;
+    static constexpr bool kLooksUp = false;
+    static constexpr int32_t kWindow = 0;
 
-    struct Two {
+    static V even_bytes_of_two(V a, V b) {
+        const V both = bit_or(bit_and(a, words(0xff)), shift_left_words<8>(b));
+        return bit_xor(both, words(0x8080));
+    }
+    static V odd_bytes_of_two(V a, V b) {
+        const V both = bit_or(shift_right<8>(a), bit_and(b, words(0xff00)));
+        return bit_xor(both, words(0x8080));
+    }
+    static V bytes_of_two(const void* a, const void* b) {
+        const V both = _mm_unpacklo_epi8(load_dword(a), load_dword(b));
+        return bit_xor(first_words_twice(both), words(0x8080));
+    }
+    static V first_words_twice(V v) { return _mm_unpacklo_epi16(v, v); }
+    static V last_words_twice(V v) { return _mm_unpackhi_epi16(v, v); }
+    static V odd_words_twice(V v) { return _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, 0xf5), 0xf5); }
+
+    struct TwoWeights {
         V first, second;
     };
-    static Two even_bytes_of_two(V a, V b) { return {bit_and(a, words(0xff)), bit_and(b, words(0xff))}; }
-    static Two odd_bytes_of_two(V a, V b) { return {shift_right<8>(a), shift_right<8>(b)}; }
-    static Two bytes_of_two(const void* a, const void* b) { return {bytes_as_words(a), bytes_as_words(b)}; }
-    static Two two_weights(int a, int b) { return {words(a), words(b)}; }
-    static V weigh_two(Two bytes, Two weights) {
-        return add(mul_low(bytes.first, weights.first), mul_low(bytes.second, weights.second));
+    static TwoWeights two_weights(int high_a, int high_b, int low_a, int low_b) {
+        return {dwords(static_cast<uint32_t>(high_a | low_a << 16)),
+                dwords(static_cast<uint32_t>(high_b | low_b << 16))};
+    }
+    static V weigh_two(V bytes, TwoWeights weights) {
+        const V first = shift_right_signed<8>(shift_left_words<8>(bytes)), second = shift_right_signed<8>(bytes);
+        return add(mul_low(first, weights.first), mul_low(second, weights.second));
     }
 
-    static void set_order(uint8_t*, int, int, int) {}
-    template <int kChannels, bool kWide>
-    static V gather(const uint16_t* plane, const int32_t* base, const uint8_t*) {
-        if constexpr (kChannels == 1) {
-            const V low = _mm_unpacklo_epi32(load_dword(plane + base[0]), load_dword(plane + base[1]));
-            const V high = _mm_unpacklo_epi32(load_dword(plane + base[2]), load_dword(plane + base[3]));
-            return _mm_unpacklo_epi64(low, high);
-        } else {
-            const V both = _mm_unpacklo_epi64(load_half(plane + base[0]), load_half(plane + base[1]));
-            return _mm_shufflehi_epi16(_mm_shufflelo_epi16(both, 0xd8), 0xd8);
-        }
+    template <int kDword>
+    static V load_columns(const uint32_t* plane, const int32_t* base) {
+        return load(plane + base[kDword]);
+    }
+    static V sums_of_quarters(V a, V b, V c, V d) {
+        const V ab = add_dwords(_mm_unpacklo_epi32(a, b), _mm_unpackhi_epi32(a, b));
+        const V cd = add_dwords(_mm_unpacklo_epi32(c, d), _mm_unpackhi_epi32(c, d));
+        return add_dwords(_mm_unpacklo_epi64(ab, cd), _mm_unpackhi_epi64(ab, cd));
     }
 
-    static V pack_to_words(V a, V b) { return _mm_packs_epi32(a, b); }
-    static V ordered_words(V v) { return v; }
-    static V pack_to_bytes(V a, V b) { return _mm_packus_epi16(a, b); }
-    static V ordered_bytes(V v) { return v; }
+    static V dwords_to_words(V a, V b) { return _mm_packs_epi32(a, b); }
+    static V dwords_to_bytes(V a, V b, V c, V d) {
+        return _mm_packus_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d));
+    }
 };
 
 }  // namespace

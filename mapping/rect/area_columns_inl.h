@@ -8,102 +8,155 @@
 namespace zepbmp {
 namespace {
 
-/// What a plan settles for all groups of a run, and the lines for both planes.
-template <int kColumnPairs, bool kWideWindows, bool kLowPlane>
-struct Way {
-    static constexpr int kPairs = kColumnPairs;
-    static constexpr bool kWide = kWideWindows;
-    static constexpr bool kLow = kLowPlane;
-    /// Without the low plane sums are left in sixteenths.
-    static constexpr int kShift = kLowPlane ? 0 : kLowBits;
+/// Columns times their weights, those from `at` on.
+template <class L, bool kMore, class Plan>
+typename L::V weighted(typename L::V columns, const Plan& plan, const AreaScratch& s, ptrdiff_t at) {
+    const auto product = L::multiply_pairs(columns, L::load(plan.weights + at));
+    if constexpr (kMore)
+        return L::add_dwords(product, L::multiply_pairs(columns, L::load(s.more_weights + at)));
+    else
+        return product;
+}
+
+/// A way to add up a group's columns gives the sum over them of line sum times -weight, for one plane.
+///
+/// This one reads each pixel's columns block by block: kBlocks, or, where that is 0, as many as the plan has.
+template <class L, int kBlocks>
+struct ByBlocks {
+    using V = typename L::V;
+
+    template <bool kMore, class Plan>
+    static V group_sums(const uint32_t* plane, const Plan& plan, const AreaScratch& s, int32_t group) {
+        const int32_t blocks = kBlocks > 0 ? kBlocks : blocks_of(s);
+        const int32_t* const base = plan.base + group * L::kDwords;
+        const ptrdiff_t at = ptrdiff_t{group} * blocks * kBlock;
+        V a = weigh<kMore, 0>(plane, base, plan, s, at), b = weigh<kMore, 1>(plane, base, plan, s, at);
+        V c = weigh<kMore, 2>(plane, base, plan, s, at), d = weigh<kMore, 3>(plane, base, plan, s, at);
+        for (int32_t k = 1; k < blocks; ++k) {
+            const uint32_t* const next = plane + k * kAreaBlockColumns;
+            a = L::add_dwords(a, weigh<kMore, 0>(next, base, plan, s, at + k * kBlock));
+            b = L::add_dwords(b, weigh<kMore, 1>(next, base, plan, s, at + k * kBlock));
+            c = L::add_dwords(c, weigh<kMore, 2>(next, base, plan, s, at + k * kBlock));
+            d = L::add_dwords(d, weigh<kMore, 3>(next, base, plan, s, at + k * kBlock));
+        }
+        return L::sums_of_quarters(a, b, c, d);
+    }
+
+private:
+    static constexpr ptrdiff_t kBlock = kAreaBlockColumns * L::kDwords;  // weights of a group
+
+    template <bool kMore, int kDword, class Plan>
+    static V weigh(const uint32_t* plane, const int32_t* base, const Plan& plan, const AreaScratch& s, ptrdiff_t at) {
+        return weighted<L, kMore>(L::template load_columns<kDword>(plane, base), plan, s, at + kDword * L::kDwords);
+    }
 };
 
-template <class L, int kChannels, class W>
-typename L::V weigh_columns(const uint16_t* plane, const AreaPlan& plan, int32_t group) {
-    const int32_t* const base = plan.base + group * kWindows<L, kChannels>;
-    const uint8_t* const order = plan.order + group * L::kOrderBytes;
-    const uint32_t* const weights = plan.weights + group * W::kPairs * L::kDwords;
-    auto sum = L::multiply_pairs(L::template gather<kChannels, W::kWide>(plane, base, order), L::load(weights));
-    for (int k = 1; k < W::kPairs; ++k)
-        sum = L::add_dwords(
-            sum, L::multiply_pairs(L::template gather<kChannels, W::kWide>(plane + 2 * kChannels * k, base, order),
-                                   L::load(weights + k * L::kDwords)));
-    return sum;
-}
+/// This one looks them up in registers, kColumns for each pixel. kOneWindow: one window holds all of them.
+template <class L, int kColumns, bool kOneWindow>
+struct ByLookup {
+    using V = typename L::V;
 
-/// A group's means: sum >> kBits, rounded to nearest or cut.
-template <class L, int kChannels, class W, int kBits, bool kRounded>
-typename L::V group_means(const AreaPlane& plane, const AreaPlan& plan, int32_t group) {
-    auto sum = weigh_columns<L, kChannels, W>(plane.high, plan, group);
-    if constexpr (W::kLow)
-        sum = L::add_dwords(L::template shift_left_dwords<kLowBits>(sum),
-                            weigh_columns<L, kChannels, W>(plane.low, plan, group));
-    constexpr int bits = kBits - W::kShift;
-    if constexpr (kRounded)
-        sum = L::add_dwords(sum, L::dwords(1u << (bits - 1)));
-    return L::template shift_right_dwords<bits>(sum);
-}
+    template <bool kMore, class Plan>
+    static V group_sums(const uint32_t* plane, const Plan& plan, const AreaScratch& s, int32_t group) {
+        const ptrdiff_t at = ptrdiff_t{group} * kColumns * L::kDwords;
+        const uint32_t* const window = plane + plan.base[group];
+        const V index = L::load(plan.index + group * L::kDwords);
+        V sum = weighted<L, kMore>(look_up<0>(window, index), plan, s, at);
+        sum = L::add_dwords(sum, weighted<L, kMore>(look_up<1>(window, index), plan, s, at + L::kDwords));
+        if constexpr (kColumns > 2)
+            sum = L::add_dwords(sum, weighted<L, kMore>(look_up<2>(window, index), plan, s, at + 2 * L::kDwords));
+        return sum;
+    }
 
-/// Two neighbouring groups, as words.
-template <class L, int kChannels, class W, int kBits, bool kRounded>
-typename L::V two_groups(const AreaPlane& plane, const AreaPlan& plan, int32_t group) {
-    return L::pack_to_words(group_means<L, kChannels, W, kBits, kRounded>(plane, plan, group),
-                            group_means<L, kChannels, W, kBits, kRounded>(plane, plan, group + 1));
+private:
+    template <int kColumn>
+    static V look_up(const uint32_t* window, V index) {
+        if constexpr (kOneWindow)
+            return L::look_up(window, L::add_dwords(index, L::dwords(kColumn)));
+        else
+            return L::look_up(window + kColumn, index);
+    }
+};
+
+/// A group's means, (total - sums) >> kBits. The total is what 128 times all weights comes to, and half a unit where
+/// means are rounded.
+template <class L, class W, int kBits, bool kMore = false, class Plan>
+typename L::V group_means(const uint32_t* plane, const Plan& plan, const AreaScratch& s, int32_t group,
+                          typename L::V total) {
+    return L::template shift_right_dwords<kBits>(
+        L::sub_dwords(total, W::template group_sums<kMore>(plane, plan, s, group)));
 }
 
 constexpr int kPixelBits = 23;  // of a whole pixel's weights, 4096 * 2048
 
 struct Rgbq {
     static constexpr int kBytes = 4;
-    using Lines = SplitBytes;
+    static constexpr bool kPairs = false;
+    using Lines = RgbqLines;
 
-    /// The register with the run's pixels from `block` registers on.
-    template <class L, class W>
-    static typename L::V block(const AreaScratch& s, int32_t block, typename L::V old) {
-        const auto even = two_groups<L, 2, W, kPixelBits, false>(s.even, s.pixels, 2 * block);
-        const auto odd = two_groups<L, 2, W, kPixelBits, false>(s.odd, s.pixels, 2 * block);
-        const auto pixels = L::ordered_words(L::bit_or(even, L::template shift_left_words<8>(odd)));
-        const auto colors = L::dwords(0x00ffffff);
-        return L::bit_or(L::bit_and(pixels, colors), L::bit_and(old, L::dwords(0xff000000)));
+    /// The register with the run's pixels from `block` registers on. `total` is that of a whole pixel.
+    template <class L, class W, bool kMore>
+    static typename L::V block(const AreaScratch& s, int32_t block, uint32_t total, typename L::V old) {
+        const auto all = L::dwords(total);
+        const auto blue = group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, block, all);
+        const auto green = group_means<L, W, kPixelBits>(s.plane[1], s.pixels, s, block, all);
+        const auto red = group_means<L, W, kPixelBits>(s.plane[2], s.pixels, s, block, all);
+        const auto pixels =
+            L::bit_or(L::bit_or(blue, L::template shift_left_dwords<8>(green)), L::template shift_left_dwords<16>(red));
+        return L::bit_or(pixels, L::bit_and(old, L::dwords(0xff000000)));
     }
 };
 
 struct Yuy2 {
     static constexpr int kBytes = 2;
-    using Lines = SplitBytes;
+    static constexpr bool kPairs = true;  ///< whose weights may be above kMostWeight
+    using Lines = Yuy2Lines;
 
-    template <class L, class W>
-    static typename L::V block(const AreaScratch& s, int32_t block, typename L::V) {
-        const auto luma = two_groups<L, 1, W, kPixelBits, true>(s.even, s.pixels, 2 * block);
-        const auto chroma = two_groups<L, 2, W, kPixelBits + 1, true>(s.odd, s.pair_pixels, 2 * block);
-        return L::ordered_words(L::bit_or(luma, L::template shift_left_words<8>(chroma)));
+    template <class L, class W, bool kMore>
+    static typename L::V block(const AreaScratch& s, int32_t block, uint32_t total, typename L::V) {
+        const auto luma_total = L::dwords(total + (1u << (kPixelBits - 1)));
+        const auto chroma_total = L::dwords(2 * total + (1u << kPixelBits));
+        const auto luma =
+            L::dwords_to_words(group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 2 * block, luma_total),
+                               group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 2 * block + 1, luma_total));
+        const auto u = group_means<L, W, kPixelBits + 1, kMore>(s.plane[1], s.pairs, s, block, chroma_total);
+        const auto v = group_means<L, W, kPixelBits + 1, kMore>(s.plane[2], s.pairs, s, block, chroma_total);
+        return L::bit_or(luma, L::bit_or(L::template shift_left_dwords<8>(u), L::template shift_left_dwords<24>(v)));
     }
 };
 
 struct Rgb8 {
     static constexpr int kBytes = 1;
-    using Lines = AllBytes;
+    static constexpr bool kPairs = false;
+    using Lines = Rgb8Lines;
 
-    template <class L, class W>
-    static typename L::V block(const AreaScratch& s, int32_t block, typename L::V) {
-        return L::ordered_bytes(
-            L::pack_to_bytes(two_groups<L, 1, W, kPixelBits, false>(s.even, s.pixels, 4 * block),
-                             two_groups<L, 1, W, kPixelBits, false>(s.even, s.pixels, 4 * block + 2)));
+    template <class L, class W, bool kMore>
+    static typename L::V block(const AreaScratch& s, int32_t block, uint32_t total, typename L::V) {
+        const auto all = L::dwords(total);
+        return L::dwords_to_bytes(group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 4 * block, all),
+                                  group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 4 * block + 1, all),
+                                  group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 4 * block + 2, all),
+                                  group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 4 * block + 3, all));
     }
 };
 
 /// `count` pixels from planes that stand.
-template <class L, class Format, class W>
-void draw_columns(uint8_t* dst, int32_t count, const AreaScratch& scratch) {
+template <class L, class Format, class W, bool kMore>
+void draw_columns(uint8_t* dst, int32_t count, uint32_t total, ptrdiff_t later_pixels, Prefetch<L>& later,
+                  const AreaScratch& scratch) {
     constexpr int32_t kPixels = L::kBytes / Format::kBytes;
+    const ptrdiff_t rate = later.rate(count / kPixels + 1, 1);
     int32_t block = 0;
-    for (; count >= kPixels; count -= kPixels, ++block, dst += L::kBytes)
-        L::store(dst, Format::template block<L, W>(scratch, block, L::load(dst)));
+    for (; count >= kPixels; count -= kPixels, ++block, dst += L::kBytes) {
+        later.ask(rate);
+        L::prefetch(dst + later_pixels);
+        L::store(dst, Format::template block<L, W, kMore>(scratch, block, total, L::load(dst)));
+    }
     if (count > 0) {
         const auto bytes = static_cast<size_t>(count * Format::kBytes);
         uint8_t rest[L::kBytes] = {};
         __builtin_memcpy(rest, dst, bytes);
-        L::store(rest, Format::template block<L, W>(scratch, block, L::load(rest)));
+        L::store(rest, Format::template block<L, W, kMore>(scratch, block, total, L::load(rest)));
         __builtin_memcpy(dst, rest, bytes);
     }
 }

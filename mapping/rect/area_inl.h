@@ -13,61 +13,64 @@
 namespace zepbmp {
 namespace {
 
-/// Plan and blocks agree on the pixels of a register of bytes.
 template <class L, class Format>
-constexpr int kBlockPixels = L::kBytes / Format::kBytes;
-
-template <class L>
-void plan_rgb8(const AreaColumns& c, AreaScratch& s) {
-    if (choose_way<L>(c.spans[0].first, columns_end(c.spans, c.count), reach_of<L, 1>(c.spans, c.count), s))
-        make_plan<L, 1, kBlockPixels<L, Rgb8>>(c.spans, c.count, c.inner_weight, s.first, s.pairs, s.pixels);
-    L::finish();
-}
-
-template <class L>
-void plan_rgbq(const AreaColumns& c, AreaScratch& s) {
-    if (choose_way<L>(c.spans[0].first, columns_end(c.spans, c.count), reach_of<L, 2>(c.spans, c.count), s))
-        make_plan<L, 2, kBlockPixels<L, Rgbq>>(c.spans, c.count, c.inner_weight, s.first, s.pairs, s.pixels);
+void plan_pixels(const AreaColumns& c, AreaScratch& s) {
+    if (choose_way<L>(c.spans[0].first, columns_end(c.spans, c.count), c.count, reach_of<L>(c.spans, c.count), s))
+        make_plan<L, L::kBytes / Format::kBytes>(c.spans, c.count, c.inner_weight, s.first, s, s.pixels, nullptr);
     L::finish();
 }
 
 template <class L>
 void plan_yuy2(const AreaColumns& c, AreaScratch& s) {
+    constexpr int kPixels = L::kBytes / Yuy2::kBytes;
     const int32_t pairs = c.count / 2;
-    const Reach luma = reach_of<L, 1>(c.spans, c.count), chroma = reach_of<L, 2>(c.pair_spans, pairs);
+    const Reach luma = reach_of<L>(c.spans, c.count), chroma = reach_of<L>(c.pair_spans, pairs);
     const Reach both = {luma.columns > chroma.columns ? luma.columns : chroma.columns,
-                        luma.words > chroma.words ? luma.words : chroma.words};
-    if (choose_way<L>(2 * c.pair_spans[0].first, 2 * columns_end(c.pair_spans, pairs), both, s)) {
-        make_plan<L, 1, kBlockPixels<L, Yuy2>>(c.spans, c.count, c.inner_weight, s.first, s.pairs, s.pixels);
-        make_plan<L, 2, kBlockPixels<L, Yuy2> / 2>(c.pair_spans, pairs, c.inner_pair_weight, s.first / 2, s.pairs,
-                                                   s.pair_pixels);
+                        luma.distance > chroma.distance ? luma.distance : chroma.distance};
+    if (choose_way<L>(2 * c.pair_spans[0].first, 2 * columns_end(c.pair_spans, pairs), c.count, both, s)) {
+        make_plan<L, kPixels>(c.spans, c.count, c.inner_weight, s.first, s, s.pixels, nullptr);
+        make_plan<L, kPixels / 2>(c.pair_spans, pairs, c.inner_pair_weight, s.first / 2, s, s.pairs, s.more_weights);
     }
     L::finish();
 }
 
-template <class L, class Format, bool kLow>
-void draw_planned(uint8_t* dst, int32_t count, const AreaScratch& s) {
-    switch (s.pairs) {
-        case 1: return draw_columns<L, Format, Way<1, false, kLow>>(dst, count, s);
-        case 2:
-            if constexpr (L::kWideWindows)
-                if (s.wide)
-                    return draw_columns<L, Format, Way<2, true, kLow>>(dst, count, s);
-            return draw_columns<L, Format, Way<2, false, kLow>>(dst, count, s);
-        default: return draw_columns<L, Format, Way<3, L::kWideWindows, kLow>>(dst, count, s);
+template <class L, class Format, bool kMore>
+void draw_planned(uint8_t* dst, int32_t count, uint32_t total, ptrdiff_t later_pixels, Prefetch<L>& later,
+                  const AreaScratch& s) {
+    if constexpr (L::kLooksUp) {
+        if (s.looked_up) {
+            const auto draw = s.reach == 2   ? s.one_window ? draw_columns<L, Format, ByLookup<L, 2, true>, kMore>
+                                                            : draw_columns<L, Format, ByLookup<L, 2, false>, kMore>
+                                : s.one_window ? draw_columns<L, Format, ByLookup<L, 3, true>, kMore>
+                                             : draw_columns<L, Format, ByLookup<L, 3, false>, kMore>;
+            return draw(dst, count, total, later_pixels, later, s);
+        }
     }
+    if (blocks_of(s) == 1)
+        draw_columns<L, Format, ByBlocks<L, 1>, kMore>(dst, count, total, later_pixels, later, s);
+    else
+        draw_columns<L, Format, ByBlocks<L, 0>, kMore>(dst, count, total, later_pixels, later, s);
+}
+
+/// 128 times the weights of a pixel that is whole across.
+uint32_t total_of(const AreaLines& lines) {
+    const int32_t inner = lines.span.count > 2 ? (lines.span.count - 2) * lines.inner_weight : 0;
+    return static_cast<uint32_t>(lines.span.first_weight + inner + lines.span.last_weight) * (kMostWeight * 128u);
 }
 
 template <class L, class Format>
 void draw(uint8_t* dst, const AreaLines& lines, const AreaColumns& columns, AreaScratch& s,
           AreaKernels::Draw* one_by_one) {
-    if (s.pairs == 0)
+    if (!s.planned)
         return one_by_one(dst, lines, columns, s);
-    if (sum_span<L, typename Format::Lines>(lines, ptrdiff_t{s.first} * Format::kBytes,
-                                            ptrdiff_t{s.columns} * Format::kBytes, s))
-        draw_planned<L, Format, true>(dst, columns.count, s);
+    const ptrdiff_t offset = ptrdiff_t{s.first} * Format::kBytes, bytes = ptrdiff_t{s.columns} * Format::kBytes;
+    Prefetch<L> later(lines, offset, bytes);
+    sum_span<L, typename Format::Lines>(lines, offset, bytes, later, s);
+    const uint32_t total = total_of(lines);
+    if (Format::kPairs && s.has_more)
+        draw_planned<L, Format, Format::kPairs>(dst, columns.count, total, lines.later_pixels, later, s);
     else
-        draw_planned<L, Format, false>(dst, columns.count, s);
+        draw_planned<L, Format, false>(dst, columns.count, total, lines.later_pixels, later, s);
     L::finish();
 }
 
@@ -87,9 +90,9 @@ void rgb8(uint8_t* dst, const AreaLines& lines, const AreaColumns& columns, Area
 template <class L>
 constexpr AreaKernels area_set() {
     return {
-        .plan_rgbq = plan_rgbq<L>,
+        .plan_rgbq = plan_pixels<L, Rgbq>,
         .plan_yuy2 = plan_yuy2<L>,
-        .plan_rgb8 = plan_rgb8<L>,
+        .plan_rgb8 = plan_pixels<L, Rgb8>,
         .rgbq = rgbq<L>,
         .yuy2 = yuy2<L>,
         .rgb8 = rgb8<L>,

@@ -1,42 +1,42 @@
 /// \file
 /// The kernel sets for area resampling, and the memory they work in.
 ///
-/// A vector kernel adds up lines first, then columns. Lines: each byte position's weighted sum V over the lines, at
-/// most 2048 * 255, is split into two words, V = 16 * high + low. Columns: a pixel's sums of both words are 16 bits
-/// times 16 bits; 16 * sum(high) + sum(low) is exact again.
+/// A vector kernel adds up lines first, then columns. Samples count from -128, so that they are signed bytes. Lines:
+/// a channel's weighted sum V over them, |V| <= 2048 * 128, becomes one dword of two words, V = 8 * high + low.
+/// Columns: times a weight w, that is one multiply-add of (high, low) with (8 w, w); weights go up to 4096, and since
+/// 8 * 4096 is no word, both are taken negative. What 128 has left out is added at the end.
 #pragma once
 
 #include "core/kernel_tables.h"
 
 namespace zepbmp {
 
-constexpr int32_t kLowBits = 4;                          ///< of a line's weight, in the low plane
-constexpr int32_t kMostPairs = 3;                        ///< of columns under a pixel; more are added up one by one
-constexpr int32_t kStepBytes = 64;                       ///< of a line, that are added up at a time
-constexpr int32_t kPlaneColumns = 4 * kAreaPixels + 64;  ///< that a run of pixels may cover
-constexpr int32_t kWidestBytes = 64;                     ///< of a register
+constexpr int32_t kLowBits = 3;     ///< of a line's weight, in the low word
+constexpr int32_t kStepBytes = 64;  ///< of a line, that are added up at a time
 
-/// Line sums of columns `first` .. `first + columns - 1` of the source: the words of one channel after the other's.
-struct AreaPlane {
-    alignas(kStepBytes) uint16_t high[2 * (kPlaneColumns + kStepBytes)];
-    alignas(kStepBytes) uint16_t low[2 * (kPlaneColumns + kStepBytes)];
-};
-
-/// How columns become pixels. A register's pixels are a group; they read pairs of neighbouring columns.
+/// How columns become pixels; a group of them fills a register.
+template <int32_t kPixels>
 struct AreaPlan {
-    int32_t base[kAreaPixels];  ///< the word with which a window begins
-    alignas(kStepBytes) uint8_t order[8 * kAreaPixels * 2];
-    /// Per group and pair of columns a register: both columns' weights in each dword.
-    alignas(kStepBytes) uint32_t weights[kMostPairs * 2 * kAreaPixels];
+    int32_t base[kPixels];                ///< the first column of each pixel; where they are looked up, of each group
+    alignas(64) uint32_t index[kPixels];  ///< where they are looked up: from the group's first column to a pixel's
+    /// A pair of words each: of every group, for each block of columns (where they are looked up, for each column), as
+    /// the registers come.
+    alignas(64) uint32_t weights[kAreaBlockColumns * kPixels];
 };
 
 struct AreaScratch {
     int32_t first, columns;  ///< source columns under the run
-    int32_t pairs;           ///< of columns that a pixel covers, at most; 0: there is no plan
-    bool wide;               ///< a group's columns do not fit into one window
-    AreaPlan pixels;
-    AreaPlan pair_pixels;  ///< of YUY2: pairs of pixels from pairs of columns
-    AreaPlane even, odd;   ///< of the even bytes of a line, and of the odd ones; RGB8 has the even plane only
+    int32_t reach;           ///< columns of a pixel, at most
+    bool planned;
+    bool looked_up;
+    bool one_window;  ///< looked up: all of a group's columns
+    bool has_more;    ///< some of more_weights are not 0
+    AreaPlan<kAreaPixels> pixels;
+    AreaPlan<kAreaPixels / 2> pairs;  ///< of YUY2: pairs of pixels from pairs of columns
+    /// What pairs' weights above kMostWeight are too large by.
+    alignas(64) uint32_t more_weights[kAreaBlockColumns * kAreaPixels / 2];
+    /// Line sums: B, G, R of every column; Y of every column and U, V of every pair; the one channel of RGB8.
+    alignas(64) uint32_t plane[3][kAreaColumns + 2 * kStepBytes];
 };
 
 extern const AreaKernels kAreaPlain;

@@ -7,16 +7,14 @@
 namespace zepbmp {
 namespace {
 
-constexpr int32_t kMostLines = 8;  ///< that are added up before the low plane's sums are carried to the high one's
+constexpr int32_t kMostLines = 8;  ///< that are added up in registers
 
-/// Some lines with their weights, in pairs. A byte's weighted sum is 16 * high + low; high is at most 255 * 128, low,
-/// with eight lines, 255 * 15 * 8.
+/// Some lines with their weights, in pairs.
 template <class L>
 struct LinePairs {
     const uint8_t* line[kMostLines];
-    typename L::Two high[kMostLines / 2], low[kMostLines / 2];
+    typename L::TwoWeights weights[kMostLines / 2];
     int32_t pairs;
-    bool has_low;  ///< a weight is no multiple of 16
 };
 
 struct WeightedLine {
@@ -25,10 +23,10 @@ struct WeightedLine {
 };
 
 /// Lines `from` .. `from + count - 1` of the span, from byte `offset` on. A line alone may weigh 2048, which is more
-/// than a byte holds in sixteenths: it is taken twice.
+/// than a byte holds in eighths: it is taken twice.
 template <class L>
 LinePairs<L> line_pairs(const AreaLines& lines, ptrdiff_t offset, int32_t from, int32_t count) {
-    WeightedLine all[kMostLines];
+    WeightedLine all[kMostLines + 1];
     for (int32_t i = 0; i < count; ++i) {
         const int32_t at = from + i;
         all[i].line = lines.pixels + lines.pitch * (lines.span.first + at) + offset;
@@ -39,100 +37,144 @@ LinePairs<L> line_pairs(const AreaLines& lines, ptrdiff_t offset, int32_t from, 
     if (count == 1) {
         all[1] = {all[0].line, all[0].weight / 2};
         all[0].weight -= all[1].weight;
-    } else if (count % 2 != 0) {
+    } else {
         all[count] = {all[count - 1].line, 0};
     }
     LinePairs<L> result;
     result.pairs = (count + 1) / 2;
-    result.has_low = false;
     constexpr int32_t kLowMask = (1 << kLowBits) - 1;
     for (int32_t k = 0; k < result.pairs; ++k) {
         const WeightedLine a = all[2 * k], b = all[2 * k + 1];
         result.line[2 * k] = a.line;
         result.line[2 * k + 1] = b.line;
-        result.high[k] = L::two_weights(a.weight >> kLowBits, b.weight >> kLowBits);
-        result.low[k] = L::two_weights(a.weight & kLowMask, b.weight & kLowMask);
-        result.has_low |= ((a.weight | b.weight) & kLowMask) != 0;
+        result.weights[k] = L::two_weights(a.weight >> kLowBits, b.weight >> kLowBits,  //
+                                           a.weight & kLowMask, b.weight & kLowMask);
     }
     return result;
 }
 
-/// Sums of one register's bytes. `accumulate` adds to what the planes hold.
-template <class L, int kPairs, bool kLow, bool kAccumulate>
-void weigh_bytes(const typename L::Two (&bytes)[kPairs], const LinePairs<L>& lines, uint16_t* high, uint16_t* low) {
-    auto h = L::weigh_two(bytes[0], lines.high[0]);
+/// Sums of one register, to be added to what the plane holds where `kAccumulate`. Then low words are carried at once:
+/// they would outgrow theirs.
+template <class L, int kPairs, bool kAccumulate>
+void weigh_lines(const typename L::V (&bytes)[kPairs], const LinePairs<L>& lines, uint32_t* plane) {
+    auto sum = L::weigh_two(bytes[0], lines.weights[0]);
     for (int k = 1; k < kPairs; ++k)
-        h = L::add(h, L::weigh_two(bytes[k], lines.high[k]));
-    if constexpr (kLow) {
-        auto l = L::weigh_two(bytes[0], lines.low[0]);
-        for (int k = 1; k < kPairs; ++k)
-            l = L::add(l, L::weigh_two(bytes[k], lines.low[k]));
-        if constexpr (kAccumulate) {
-            l = L::add(l, L::load(low));
-            h = L::add(h, L::add(L::load(high), L::template shift_right<kLowBits>(l)));
-            l = L::bit_and(l, L::words((1 << kLowBits) - 1));
-        }
-        L::store(low, l);
+        sum = L::add(sum, L::weigh_two(bytes[k], lines.weights[k]));
+    if constexpr (kAccumulate) {
+        sum = L::add(sum, L::load(plane));
+        const auto carry = L::template shift_right_dwords<16>(L::template shift_right_signed<kLowBits>(sum));
+        sum = L::bit_and(L::add(sum, carry), L::dwords(0xffff | ((1 << kLowBits) - 1) << 16));
     }
-    L::store(high, h);
+    L::store(plane, sum);
 }
 
-/// Words of the even and of the odd bytes go to planes of their own.
-struct SplitBytes {
-    static constexpr int kPlaneWords = kStepBytes / 2;  ///< of a step, in each plane
+/// What a step over kStepBytes of the lines adds up, by format. `column` is that of its first byte.
+struct RgbqLines {
+    static constexpr int kColumns = kStepBytes / 4;
 
-    template <class L, int kPairs, bool kLow, bool kAccumulate>
-    static void step(const uint8_t* const* line, ptrdiff_t x, const LinePairs<L>& lines, AreaScratch& scratch,
-                     ptrdiff_t word) {
-        for (int at = 0; at < kStepBytes; at += L::kBytes, word += L::kBytes / 2) {
-            typename L::Two even[kPairs], odd[kPairs];
+    template <class L, int kPairs, bool kAccumulate>
+    static void step(const uint8_t* const* line, ptrdiff_t x, const LinePairs<L>& lines, AreaScratch& s,
+                     ptrdiff_t column) {
+        for (int at = 0; at < kStepBytes; at += L::kBytes, column += L::kDwords) {
+            typename L::V blue[kPairs], green[kPairs], red[kPairs];
             for (int k = 0; k < kPairs; ++k) {
                 const auto a = L::load(line[2 * k] + x + at), b = L::load(line[2 * k + 1] + x + at);
-                even[k] = L::even_bytes_of_two(a, b);
-                odd[k] = L::odd_bytes_of_two(a, b);
+                const auto even = L::even_bytes_of_two(a, b);
+                blue[k] = L::even_words_twice(even);
+                red[k] = L::odd_words_twice(even);
+                green[k] = L::even_words_twice(L::odd_bytes_of_two(a, b));
             }
-            weigh_bytes<L, kPairs, kLow, kAccumulate>(even, lines, scratch.even.high + word, scratch.even.low + word);
-            weigh_bytes<L, kPairs, kLow, kAccumulate>(odd, lines, scratch.odd.high + word, scratch.odd.low + word);
+            weigh_lines<L, kPairs, kAccumulate>(blue, lines, s.plane[0] + column);
+            weigh_lines<L, kPairs, kAccumulate>(green, lines, s.plane[1] + column);
+            weigh_lines<L, kPairs, kAccumulate>(red, lines, s.plane[2] + column);
         }
     }
 };
 
-/// All words go to the even plane.
-struct AllBytes {
-    static constexpr int kPlaneWords = kStepBytes;
+struct Yuy2Lines {
+    static constexpr int kColumns = kStepBytes / 2;
 
-    template <class L, int kPairs, bool kLow, bool kAccumulate>
-    static void step(const uint8_t* const* line, ptrdiff_t x, const LinePairs<L>& lines, AreaScratch& scratch,
-                     ptrdiff_t word) {
-        for (int at = 0; at < kStepBytes; at += L::kBytes / 2, word += L::kBytes / 2) {
-            typename L::Two all[kPairs];
+    template <class L, int kPairs, bool kAccumulate>
+    static void step(const uint8_t* const* line, ptrdiff_t x, const LinePairs<L>& lines, AreaScratch& s,
+                     ptrdiff_t column) {
+        for (int at = 0; at < kStepBytes; at += L::kBytes, column += 2 * L::kDwords) {
+            typename L::V first[kPairs], last[kPairs], u[kPairs], v[kPairs];
+            for (int k = 0; k < kPairs; ++k) {
+                const auto a = L::load(line[2 * k] + x + at), b = L::load(line[2 * k + 1] + x + at);
+                const auto luma = L::even_bytes_of_two(a, b), chroma = L::odd_bytes_of_two(a, b);
+                first[k] = L::first_words_twice(luma);
+                last[k] = L::last_words_twice(luma);
+                u[k] = L::even_words_twice(chroma);
+                v[k] = L::odd_words_twice(chroma);
+            }
+            weigh_lines<L, kPairs, kAccumulate>(first, lines, s.plane[0] + column);
+            weigh_lines<L, kPairs, kAccumulate>(last, lines, s.plane[0] + column + L::kDwords);
+            weigh_lines<L, kPairs, kAccumulate>(u, lines, s.plane[1] + column / 2);
+            weigh_lines<L, kPairs, kAccumulate>(v, lines, s.plane[2] + column / 2);
+        }
+    }
+};
+
+struct Rgb8Lines {
+    static constexpr int kColumns = kStepBytes;
+
+    template <class L, int kPairs, bool kAccumulate>
+    static void step(const uint8_t* const* line, ptrdiff_t x, const LinePairs<L>& lines, AreaScratch& s,
+                     ptrdiff_t column) {
+        for (int at = 0; at < kStepBytes; at += L::kDwords, column += L::kDwords) {
+            typename L::V bytes[kPairs];
             for (int k = 0; k < kPairs; ++k)
-                all[k] = L::bytes_of_two(line[2 * k] + x + at, line[2 * k + 1] + x + at);
-            weigh_bytes<L, kPairs, kLow, kAccumulate>(all, lines, scratch.even.high + word, scratch.even.low + word);
+                bytes[k] = L::bytes_of_two(line[2 * k] + x + at, line[2 * k + 1] + x + at);
+            weigh_lines<L, kPairs, kAccumulate>(bytes, lines, s.plane[0] + column);
         }
     }
 };
 
-/// Where the lines that come next will be read.
-struct LaterLines {
-    const uint8_t* first;
-    ptrdiff_t pitch;
-    int32_t count;
+/// Asks for the lines that come next, a few cache lines at a time: requests in a burst wait for each other.
+template <class L>
+class Prefetch {
+public:
+    /// `bytes` from `offset` on of the lines ahead.
+    Prefetch(const AreaLines& lines, ptrdiff_t offset, ptrdiff_t bytes)
+        : line_(lines.pixels + lines.pitch * lines.later + offset),
+          pitch_(lines.pitch),
+          bytes_(bytes),
+          lines_(lines.ahead) {}
+
+    /// How many cache lines to ask for in each of `steps`, so that a `share`-th of what is left is asked for.
+    ptrdiff_t rate(ptrdiff_t steps, ptrdiff_t share) const {
+        const ptrdiff_t all = (bytes_ + kCacheLineBytes - 1) / kCacheLineBytes * lines_ / share;
+        return (all + steps - 1) / steps;
+    }
+    void ask(ptrdiff_t cache_lines) {
+        for (; cache_lines > 0 && lines_ > 0; --cache_lines) {
+            L::prefetch_far(line_ + x_);
+            x_ += kCacheLineBytes;
+            if (x_ >= bytes_) {
+                x_ = 0;
+                line_ += pitch_;
+                --lines_;
+            }
+        }
+    }
+
+private:
+    const uint8_t* line_;
+    ptrdiff_t pitch_, bytes_, x_ = 0;
+    int32_t lines_;
 };
 
 /// `bytes` of every line. Reads up to the next multiple of kStepBytes, but not from `end` on.
-template <class L, class Bytes, int kPairs, bool kLow, bool kAccumulate>
-void sum_lines(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, const LaterLines& later,
+template <class L, class Lines, int kPairs, bool kAccumulate>
+void sum_lines(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, Prefetch<L>& later, ptrdiff_t rate,
                AreaScratch& scratch) {
     const ptrdiff_t rounded = (bytes + kStepBytes - 1) & -ptrdiff_t{kStepBytes};
     const uint8_t* const last_line = lines.line[2 * kPairs - 1];
     const ptrdiff_t inside = end - last_line < rounded ? bytes & -ptrdiff_t{kStepBytes} : rounded;
-    ptrdiff_t x = 0, word = 0;
-    for (; x < inside; x += kStepBytes, word += Bytes::kPlaneWords) {
-        const uint8_t* ahead = later.first + x;
-        for (int32_t i = 0; i < later.count; ++i, ahead += later.pitch)
-            L::prefetch_far(ahead);
-        Bytes::template step<L, kPairs, kLow, kAccumulate>(lines.line, x, lines, scratch, word);
+    ptrdiff_t x = 0, column = 0;
+    for (; x < inside; x += kStepBytes, column += Lines::kColumns) {
+        later.ask(rate);
+        Lines::template step<L, kPairs, kAccumulate>(lines.line, x, lines, scratch, column);
     }
     if (x == rounded)
         return;
@@ -142,40 +184,33 @@ void sum_lines(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, c
         __builtin_memcpy(tail[i], lines.line[i] + x, static_cast<size_t>(bytes - x));
         tails[i] = tail[i];
     }
-    Bytes::template step<L, kPairs, kLow, kAccumulate>(tails, 0, lines, scratch, word);
+    Lines::template step<L, kPairs, kAccumulate>(tails, 0, lines, scratch, column);
 }
 
-template <class L, class Bytes, bool kLow, bool kAccumulate>
-void sum_line_pairs(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, const LaterLines& later,
+template <class L, class Lines, bool kAccumulate>
+void sum_line_pairs(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, Prefetch<L>& later, ptrdiff_t rate,
                     AreaScratch& scratch) {
     switch (lines.pairs) {
-        case 1: return sum_lines<L, Bytes, 1, kLow, kAccumulate>(lines, bytes, end, later, scratch);
-        case 2: return sum_lines<L, Bytes, 2, kLow, kAccumulate>(lines, bytes, end, later, scratch);
-        case 3: return sum_lines<L, Bytes, 3, kLow, kAccumulate>(lines, bytes, end, later, scratch);
-        default: return sum_lines<L, Bytes, 4, kLow, kAccumulate>(lines, bytes, end, later, scratch);
+        case 1: return sum_lines<L, Lines, 1, kAccumulate>(lines, bytes, end, later, rate, scratch);
+        case 2: return sum_lines<L, Lines, 2, kAccumulate>(lines, bytes, end, later, rate, scratch);
+        case 3: return sum_lines<L, Lines, 3, kAccumulate>(lines, bytes, end, later, rate, scratch);
+        default: return sum_lines<L, Lines, 4, kAccumulate>(lines, bytes, end, later, rate, scratch);
     }
 }
 
-/// `bytes` from `offset` on of all lines of the span. Whether the low plane is needed; else it is not written.
-template <class L, class Bytes>
-bool sum_span(const AreaLines& lines, ptrdiff_t offset, ptrdiff_t bytes, AreaScratch& scratch) {
-    const LaterLines later = {lines.pixels + lines.pitch * lines.later + offset, lines.pitch, lines.ahead};
-    if (lines.span.count <= kMostLines) {
-        const auto pairs = line_pairs<L>(lines, offset, 0, lines.span.count);
-        if (pairs.has_low)
-            sum_line_pairs<L, Bytes, true, false>(pairs, bytes, lines.end, later, scratch);
-        else
-            sum_line_pairs<L, Bytes, false, false>(pairs, bytes, lines.end, later, scratch);
-        return pairs.has_low;
-    }
-    sum_line_pairs<L, Bytes, true, false>(line_pairs<L>(lines, offset, 0, kMostLines), bytes, lines.end, later,
-                                          scratch);
-    for (int32_t from = kMostLines; from < lines.span.count; from += kMostLines) {
+/// `bytes` from `offset` on of all lines of the span.
+template <class L, class Lines>
+void sum_span(const AreaLines& lines, ptrdiff_t offset, ptrdiff_t bytes, Prefetch<L>& later, AreaScratch& scratch) {
+    const ptrdiff_t rounds = (lines.span.count + kMostLines - 1) / kMostLines;
+    const ptrdiff_t rate = later.rate((bytes + kStepBytes - 1) / kStepBytes * rounds, 2);
+    for (int32_t from = 0; from < lines.span.count; from += kMostLines) {
         const int32_t left = lines.span.count - from;
-        sum_line_pairs<L, Bytes, true, true>(line_pairs<L>(lines, offset, from, left < kMostLines ? left : kMostLines),
-                                             bytes, lines.end, {later.first, later.pitch, 0}, scratch);
+        const auto pairs = line_pairs<L>(lines, offset, from, left < kMostLines ? left : kMostLines);
+        if (from == 0)
+            sum_line_pairs<L, Lines, false>(pairs, bytes, lines.end, later, rate, scratch);
+        else
+            sum_line_pairs<L, Lines, true>(pairs, bytes, lines.end, later, rate, scratch);
     }
-    return true;
 }
 
 }  // namespace

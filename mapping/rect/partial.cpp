@@ -25,12 +25,12 @@ struct Mixture {
 
 }  // namespace
 
-void draw_partial_rgbq(uint8_t* dst, uint16_t* weights, const AreaLines& lines, const AreaSpan* spans, int32_t count,
-                       int32_t inner_weight) {
+void draw_partial_rgbq(uint8_t* dst, uint16_t* weights, const AreaLines& lines, const PartialColumns& columns) {
     const uint32_t line_units = units_of(lines.span, lines.inner_weight);
-    for (int32_t i = 0; i < count; ++i, dst += 4) {
-        const uint32_t total = line_units * units_of(spans[i], inner_weight);
-        const auto sums = area_sums<RgbqSource>(lines, spans[i], inner_weight);
+    for (int32_t i = 0; i < columns.count; ++i, dst += 4) {
+        const AreaSpan& span = columns.spans[i];
+        const uint32_t total = line_units * units_of(span, columns.inner_weight);
+        const auto sums = area_sums<RgbqSource>(lines, span, columns.inner_weight);
         const Mixture mixture(total, total == kWholePixel ? 0 : weights[i]);
         for (int channel = 0; channel < 3; ++channel)
             dst[channel] = mixture.mix(sums.of[channel], dst[channel]);
@@ -38,12 +38,13 @@ void draw_partial_rgbq(uint8_t* dst, uint16_t* weights, const AreaLines& lines, 
     }
 }
 
-void draw_partial_yuy2(uint8_t* dst, uint16_t* weights, const AreaLines& lines, const AreaSpan* spans, int32_t count,
-                       int32_t inner_weight, bool second) {
+void draw_partial_yuy2(uint8_t* dst, uint16_t* weights, const AreaLines& lines, const PartialColumns& columns) {
     const uint32_t line_units = units_of(lines.span, lines.inner_weight);
-    for (int32_t i = 0; i < count; ++i, second = !second) {
-        const uint32_t total = line_units * units_of(spans[i], inner_weight);
-        const auto sums = area_sums<Yuy2Source>(lines, spans[i], inner_weight);
+    bool second = columns.second;
+    for (int32_t i = 0; i < columns.count; ++i, second = !second) {
+        const AreaSpan& span = columns.spans[i];
+        const uint32_t total = line_units * units_of(span, columns.inner_weight);
+        const auto sums = area_sums<Yuy2Source>(lines, span, columns.inner_weight);
         uint8_t* const pixel = dst + ptrdiff_t{2} * i;
         uint8_t* const pair = second ? pixel - 2 : pixel;
         const uint32_t partner = weights[second ? i - 1 : i + 1];
@@ -53,6 +54,12 @@ void draw_partial_yuy2(uint8_t* dst, uint16_t* weights, const AreaLines& lines, 
         pair[3] = chroma.mix(sums.of[2], pair[3]);
         weights[i] = luma.weight();
     }
+}
+
+void draw_partial_rgb8(uint8_t* dst, uint16_t*, const AreaLines& lines, const PartialColumns& columns) {
+    for (int32_t i = 0; i < columns.count; ++i)
+        dst[i] = static_cast<uint8_t>(area_sums<Rgb8Source>(lines, columns.spans[i], columns.inner_weight).of[0] /
+                                      kWholePixel);
 }
 
 }  // namespace zepbmp
