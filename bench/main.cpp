@@ -62,6 +62,7 @@ std::vector<Subject> pick_subjects(const Options& options) {
         append(line_subjects());
         append(shape_subjects());
         append(polygon_subjects());
+        append(rect_subjects());
     }
     const std::regex wanted(options.operation);
     std::erase_if(subjects, [&](const Subject& subject) { return !std::regex_search(subject.name, wanted); });

@@ -2,6 +2,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "polygon_peers.h"
+#include "rect_peers.h"
 
 namespace zepbmp::bench {
 namespace {
@@ -57,6 +58,8 @@ private:
     cv::Matx33d map_;
 };
 
+void resize_area(const cv::Mat& from, cv::Mat to) { cv::resize(from, to, to.size(), 0, 0, cv::INTER_AREA); }
+
 }  // namespace
 
 Peer opencv_warp(FrameShape frame, FrameShape texture, const TexturedQuad& quad, View view, Sampling sampling) {
@@ -77,6 +80,23 @@ Peer opencv_warp_planes(FrameShape frame, FrameShape texture, const TexturedQuad
                 const SemiPlanes to(*f[0]), from(*f[1]);
                 luma(from.luma, to.luma);
                 chroma(from.chroma, to.chroma);
+            },
+            Picture::kSemiPlanar};
+}
+
+Peer opencv_area(const FrameShapes& frames) {
+    cv::setNumThreads(1);
+    return {"OpenCV", frames, [](const FrameSet& f) { resize_area(as_matrix(*f.back()), as_matrix(*f.front())); },
+            Picture::kSame};
+}
+
+Peer opencv_area_planes(const FrameShapes& frames) {
+    cv::setNumThreads(1);
+    return {"OpenCV", frames,
+            [](const FrameSet& f) {
+                const SemiPlanes to(*f.front()), from(*f.back());
+                resize_area(from.luma, to.luma);
+                resize_area(from.chroma, to.chroma);
             },
             Picture::kSemiPlanar};
 }

@@ -67,6 +67,7 @@ std::vector<Subject> color_subjects();
 std::vector<Subject> line_subjects();
 std::vector<Subject> shape_subjects();
 std::vector<Subject> polygon_subjects();
+std::vector<Subject> rect_subjects();
 
 /// Each kind of store over footprints from the second-level cache's size to many times it.
 std::vector<Subject> store_subjects();
