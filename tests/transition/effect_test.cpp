@@ -13,8 +13,10 @@
 namespace zepbmp::transition {
 namespace {
 
-constexpr EffectKind kKinds[] = {EffectKind::kCrossfade, EffectKind::kBox, EffectKind::kCircle, EffectKind::kBand,
-                                 EffectKind::kShape,     EffectKind::kFly, EffectKind::kCube};
+constexpr EffectKind kKinds[] = {EffectKind::kCrossfade, EffectKind::kBox,   EffectKind::kCircle,
+                                 EffectKind::kBand,      EffectKind::kShape, EffectKind::kFly,
+                                 EffectKind::kCube,      EffectKind::kZoom,  EffectKind::kPush};
+constexpr Direction kDirections[] = {Direction::kLeft, Direction::kRight, Direction::kUp, Direction::kDown};
 constexpr char kArrow[] = "0 -4\n5 2\n2 1\n2 5\n-2 5\n-2 1\n-5 2\n";
 constexpr unsigned kFields[] = {kWholeFrame, kTopField, kBottomField};
 constexpr uint8_t kUntouched = 0xa5;
@@ -60,18 +62,30 @@ EffectSettings settings_of(EffectKind kind, double feather, Ease edge = Ease::kL
     return {kind, feather, edge, line_height, 0x808080, parse_outline(kArrow, "arrow")};
 }
 
+/// Every effect, in every direction that it has.
+std::vector<EffectSettings> all_settings(double feather, Ease edge = Ease::kLinear, double line_height = 1) {
+    std::vector<EffectSettings> all;
+    for (EffectKind kind : kKinds)
+        for (Direction direction : kDirections)
+            if (kind == EffectKind::kPush || direction == Direction::kLeft) {
+                all.push_back(settings_of(kind, feather, edge, line_height));
+                all.back().direction = direction;
+            }
+    return all;
+}
+
 std::string name(const EffectSettings& s, double progress, unsigned field) {
-    return "effect " + std::to_string(static_cast<int>(s.kind)) + " feather " + std::to_string(s.feather_px) +
-           " progress " + std::to_string(progress) + " field " + std::to_string(field);
+    return "effect " + std::to_string(static_cast<int>(s.kind)) + " direction " +
+           std::to_string(static_cast<int>(s.direction)) + " feather " + std::to_string(s.feather_px) + " progress " +
+           std::to_string(progress) + " field " + std::to_string(field);
 }
 
 TEST(EffectTest, BeginsWithAAndEndsWithB) {
     const BitmapPtr a = noise(50, 37, 1), b = noise(50, 37, 2);
-    for (EffectKind kind : kKinds)
-        for (double feather : {0.0, 1.0, 12.5, 200.0})
+    for (double feather : {0.0, 1.0, 12.5, 200.0})
+        for (const EffectSettings& settings : all_settings(feather))
             for (unsigned field : kFields)
                 for (double progress : {-0.5, 0.0, 1.0, 1.5}) {
-                    const EffectSettings settings = settings_of(kind, feather);
                     const BitmapPtr result = composed(settings, a, b, progress, field);
                     for (int y = 0; y < a->height; ++y)
                         ASSERT_TRUE(!selected(y, field) || same_line(result, progress <= 0 ? a : b, y))
@@ -82,9 +96,8 @@ TEST(EffectTest, BeginsWithAAndEndsWithB) {
 // The last step before the end has to be B almost everywhere: nothing jumps when the transition is over.
 TEST(EffectTest, ArrivesAtItsEndsWithoutAJump) {
     const BitmapPtr a = flat(64, 48, 16), b = flat(64, 48, 235);
-    for (EffectKind kind : kKinds)
-        for (double feather : {0.0, 8.0, 40.0}) {
-            const EffectSettings settings = settings_of(kind, feather);
+    for (double feather : {0.0, 8.0, 40.0})
+        for (const EffectSettings& settings : all_settings(feather))
             for (double progress : {0.0005, 0.9995}) {
                 const BitmapPtr result = composed(settings, a, b, progress);
                 int changed = 0;
@@ -93,15 +106,13 @@ TEST(EffectTest, ArrivesAtItsEndsWithoutAJump) {
                         changed += std::abs(luma(result, x, y) - (progress < 0.5 ? 16 : 235)) > 8;
                 EXPECT_LE(changed, 12) << name(settings, progress, kWholeFrame);
             }
-        }
 }
 
 TEST(EffectTest, TouchesOnlyTheLinesOfItsField) {
     const BitmapPtr a = noise(48, 33, 3), b = noise(48, 33, 4);
-    for (EffectKind kind : kKinds)
-        for (double feather : {0.0, 9.0})
+    for (double feather : {0.0, 9.0})
+        for (const EffectSettings& settings : all_settings(feather, Ease::kCosine, 1.0667))
             for (double progress : {0.2, 0.5, 0.9}) {
-                const EffectSettings settings = settings_of(kind, feather, Ease::kCosine, 1.0667);
                 const BitmapPtr whole = composed(settings, a, b, progress);
                 for (unsigned field : {kTopField, kBottomField}) {
                     const BitmapPtr result = composed(settings, a, b, progress, field);
@@ -301,8 +312,7 @@ TEST(EffectTest, FlyingPictureIsBlendedByItsCoverage) {
 TEST(EffectTest, RemembersNothing) {
     const int width = 96, height = 64;
     const BitmapPtr a = noise(width, height, 5), b = noise(width, height, 6), dark = flat(width, height, 16);
-    for (EffectKind kind : kKinds) {
-        const EffectSettings settings = settings_of(kind, 4);
+    for (const EffectSettings& settings : all_settings(4)) {
         Effect effect(settings, width, height);
         const BitmapPtr dest = make_bitmap(width, height, BMP_FMT_YUY2);
         for (double progress : {0.9, 0.3, 0.6, 0.1}) {
@@ -316,12 +326,12 @@ TEST(EffectTest, RemembersNothing) {
 }
 
 // Just before the end B's pixels are where they belong, in frames as well as in fields.
-TEST(EffectTest, FlyingPictureAndCubeArriveInPlace) {
+TEST(EffectTest, MappedPicturesArriveInPlace) {
     const int width = 96, height = 64;
     const BitmapPtr a = flat(width, height, 16), b = noise(width, height, 7);
     const BitmapPtr b_fields = make_bitmap(width, height, BMP_FMT_YUY2, kTwoFields);
     bmp_copy(b_fields.get(), b.get(), 0);
-    for (EffectKind kind : {EffectKind::kFly, EffectKind::kCube})
+    for (EffectKind kind : {EffectKind::kFly, EffectKind::kCube, EffectKind::kZoom, EffectKind::kPush})
         for (unsigned field : kFields) {
             const BitmapPtr result =
                 composed(settings_of(kind, 0), a, field == kWholeFrame ? b : b_fields, 0.99999, field);
@@ -347,13 +357,12 @@ TEST(EffectTest, HandlesSmallAndSlimFrames) {
             const BitmapPtr b = make_bitmap(frame.width, frame.height, BMP_FMT_YUY2, fields);
             std::memset(a->pixels, 100, static_cast<size_t>(a->pitch) * a->height);
             std::memset(b->pixels, 150, static_cast<size_t>(b->pitch) * b->height);
-            for (EffectKind kind : kKinds)
+            for (EffectSettings settings : all_settings(3, Ease::kLinear, 1.2))
                 for (unsigned field : kFields)
                     for (double progress : {1e-9, 0.01, 0.1, 0.3, 0.5, 0.7, 0.9, 1 - 1e-9}) {
-                        EffectSettings settings = settings_of(kind, 3, Ease::kLinear, 1.2);
                         settings.color_yuv = 0x707070;
                         const BitmapPtr result = composed(settings, a, b, progress, field);
-                        const int darkest = kind == EffectKind::kFly ? frame.darkest : 98;
+                        const int darkest = settings.kind == EffectKind::kFly ? frame.darkest : 98;
                         for (int y = 0; y < frame.height; ++y)
                             for (int x = 0; x < 2 * frame.width; ++x) {
                                 const int value = bmp_pointer(result.get(), 0, y)[x];
@@ -377,7 +386,7 @@ TEST(EffectTest, MappingReadsOneFieldOfTwo) {
         return bitmap;
     };
     const BitmapPtr a = striped(40, 60), b = striped(100, 200);
-    for (EffectKind kind : {EffectKind::kFly, EffectKind::kCube})
+    for (EffectKind kind : {EffectKind::kFly, EffectKind::kCube, EffectKind::kZoom, EffectKind::kPush})
         for (unsigned field : {kTopField, kBottomField}) {
             const int luma_a = field == kTopField ? 40 : 60, luma_b = field == kTopField ? 100 : 200;
             EffectSettings settings = settings_of(kind, 0);
@@ -389,8 +398,8 @@ TEST(EffectTest, MappingReadsOneFieldOfTwo) {
                     const int value = luma(result, x, y);
                     of_a += value == luma_a;
                     of_b += value == luma_b;
-                    of_others += kind == EffectKind::kFly ? value < luma_a - kMixCut || value > luma_b
-                                                          : value != luma_a && value != luma_b && value != 16;
+                    of_others += kind == EffectKind::kCube ? value != luma_a && value != luma_b && value != 16
+                                                           : value < luma_a - kMixCut || value > luma_b;
                 }
             EXPECT_GT(of_a, width * height / 10);
             EXPECT_GT(of_b, width * height / 10);
@@ -489,6 +498,198 @@ TEST(EffectTest, ShapeIsNotStretchedOnTheScreen) {
         EXPECT_GT(across, 20);
         EXPECT_NEAR(across, down, 0.1) << line_height;
     }
+}
+
+/// In pixels and frame lines, right and bottom exclusive.
+struct Area {
+    double left, top, right, bottom;
+};
+
+Area zoomed_area(int width, int height, double progress) {
+    return {width / 2.0 * (1 - progress), height / 2.0 * (1 - progress), width / 2.0 * (1 + progress),
+            height / 2.0 * (1 + progress)};
+}
+
+struct Push {
+    Area a, b;
+};
+
+Push pushed_areas(int width, int height, double progress, Direction direction) {
+    const double w = width, h = height, x = width * progress, y = height * progress;
+    switch (direction) {
+        case Direction::kLeft: return {{0, 0, w - x, h}, {w - x, 0, w, h}};
+        case Direction::kRight: return {{x, 0, w, h}, {0, 0, x, h}};
+        case Direction::kUp: return {{0, 0, w, h - y}, {0, h - y, w, h}};
+        case Direction::kDown: break;
+    }
+    return {{0, y, w, h}, {0, 0, w, y}};
+}
+
+double overlap(double from, double to, double other_from, double other_to) {
+    return std::max(0.0, std::min(to, other_to) - std::max(from, other_from));
+}
+
+/// The part of pixel (x, y) that an area covers, 0..1.
+double covered(const Area& area, int x, int y) {
+    return overlap(area.left, area.right, x, x + 1) * overlap(area.top, area.bottom, y, y + 1);
+}
+
+/// Mean of count samples, each 1 wide, over from..to. The first one and the last one go on for ever.
+template <class Sample>
+double mean_over(double from, double to, int count, Sample sample) {
+    double sum = 0;
+    for (int i = static_cast<int>(std::floor(from)); i < to; ++i)
+        sum += overlap(from, to, i, i + 1) * sample(std::clamp(i, 0, count - 1));
+    return sum / (to - from);
+}
+
+/// Bytes of a pair of pixels: of each pixel's luma the first one is meant.
+enum Component { kLuma = 0, kU = 1, kV = 3 };
+
+int value_of(const BitmapPtr& picture, Component component, int x, int y) {
+    return bmp_pointer(picture.get(), component == kLuma ? x : x & ~1, y)[component];
+}
+
+/// What a picture that fills `area` shows within columns begin..end-1 of a line: the mean of what the area covers
+/// there. Of a picture with two fields the one that `field` selects is shown.
+double shown(const BitmapPtr& picture, const Area& area, unsigned field, Component component, int begin, int end,
+             int y) {
+    const double scale_x = (area.right - area.left) / picture->width;
+    const double scale_y = (area.bottom - area.top) / picture->height;
+    const double left = (std::max<double>(begin, area.left) - area.left) / scale_x;
+    const double right = (std::min<double>(end, area.right) - area.left) / scale_x;
+    double top = (std::max<double>(y, area.top) - area.top) / scale_y;
+    double bottom = (std::min<double>(y + 1, area.bottom) - area.top) / scale_y;
+    int first = 0, step = 1;
+    if (field != kWholeFrame && (picture->create_flags & kTwoFields) != 0) {
+        first = field == kBottomField ? 1 : 0;
+        step = 2;
+        // Line n of the field and line 2n + first of the frame have one centre.
+        top = (top - (first + 0.5)) / 2 + 0.5;
+        bottom = (bottom - (first + 0.5)) / 2 + 0.5;
+    }
+    return mean_over(top, bottom, (picture->height - first + step - 1) / step, [&](int row) {
+        return mean_over(left, right, picture->width,
+                         [&](int column) { return value_of(picture, component, column, row * step + first); });
+    });
+}
+
+// How much less than a pixel's mean the mapping leaves at edges, where it cuts to whole numbers: a pair's colour twice.
+// Elsewhere it rounds to nearest.
+constexpr double kMapCut = 2;
+constexpr double kMapRounding = 0.501;
+
+/// `a_area` is where all of A is seen; B is seen over it in `b_area`.
+void expect_areas(const EffectSettings& settings, const BitmapPtr& a, const Area& a_area, const BitmapPtr& b,
+                  const Area& b_area, double progress, unsigned field) {
+    const BitmapPtr result = composed(settings, a, b, progress, field);
+    for (int y = 0; y < a->height; ++y)
+        for (int x = 0; x < a->width && selected(y, field); ++x)
+            for (Component component : {kLuma, kU, kV}) {
+                const int begin = component == kLuma ? x : x & ~1, end = begin + (component == kLuma ? 1 : 2);
+                const double part = covered(b_area, begin, y);
+                double want = 0;
+                if (part < 1)
+                    want += (1 - part) * shown(a, a_area, field, component, begin, end, y);
+                if (part > 0)
+                    want += part * shown(b, b_area, field, component, begin, end, y);
+                const int value = value_of(result, component, x, y);
+                ASSERT_TRUE(value >= want - kMixCut - kMapCut && value <= want + kMapRounding)
+                    << value << " for " << want << ": " << name(settings, progress, field) << " " << x << " " << y
+                    << " component " << component;
+            }
+}
+
+// Parts of the way at which a pixel's size on the frame is a whole number of the units that the mapping counts in.
+constexpr int kExactSteps[] = {1, 2, 5, 16, 21, 32, 43, 48, 63};
+constexpr double kExactStep = 1.0 / 64;
+
+BitmapPtr with_two_fields(const BitmapPtr& picture) {
+    BitmapPtr copy = make_bitmap(picture->width, picture->height, BMP_FMT_YUY2, kTwoFields);
+    bmp_copy(copy.get(), picture.get(), 0);
+    return copy;
+}
+
+TEST(EffectTest, ZoomedPictureGrowsFromTheMiddle) {
+    const int width = 96;
+    for (int height : {64, 33}) {
+        const BitmapPtr a = noise(width, height, 8), b = noise(width, height, 9);
+        const BitmapPtr a_fields = with_two_fields(a), b_fields = with_two_fields(b);
+        const EffectSettings settings = settings_of(EffectKind::kZoom, 0);
+        for (int steps : kExactSteps)
+            for (unsigned field : kFields) {
+                const double progress = steps * kExactStep;
+                const Area whole = {0, 0, width * 1.0, height * 1.0}, area = zoomed_area(width, height, progress);
+                expect_areas(settings, a, whole, b, area, progress, field);
+                if (field != kWholeFrame)
+                    expect_areas(settings, a_fields, whole, b_fields, area, progress, field);
+            }
+    }
+}
+
+TEST(EffectTest, PushSqueezesAOutAndStretchesB) {
+    const int width = 96;
+    for (int height : {64, 33}) {
+        const BitmapPtr a = noise(width, height, 10), b = noise(width, height, 11);
+        const BitmapPtr a_fields = with_two_fields(a), b_fields = with_two_fields(b);
+        EffectSettings settings = settings_of(EffectKind::kPush, 0);
+        for (Direction direction : kDirections)
+            for (int steps : kExactSteps)
+                for (unsigned field : kFields) {
+                    settings.direction = direction;
+                    const double progress = steps * kExactStep;
+                    const Push areas = pushed_areas(width, height, progress, direction);
+                    expect_areas(settings, a, areas.a, b, areas.b, progress, field);
+                    if (field != kWholeFrame)
+                        expect_areas(settings, a_fields, areas.a, b_fields, areas.b, progress, field);
+                }
+    }
+}
+
+// Wherever an edge lies, a pixel takes as much of B as B's area covers of it, and the rest from A.
+TEST(EffectTest, ZoomAndPushAreBlendedByTheirCoverage) {
+    const int width = 50, height = 37;
+    constexpr double kUnit = 1.0 / 2048;  // of a pixel or a line, to which edges are cut
+    for (unsigned fields : {0u, kTwoFields}) {
+        BitmapPtr a = flat(width, height, 20, 60), b = flat(width, height, 220, 180);
+        if (fields == kTwoFields) {
+            a = with_two_fields(a);
+            b = with_two_fields(b);
+        }
+        for (unsigned field : kFields)
+            for (double progress : {0.0003, 0.0123, 0.1, 1.0 / 3, 0.4567, 0.5, 0.77, 0.999}) {
+                const auto expect_blended = [&](const EffectSettings& settings, const Area& area) {
+                    const BitmapPtr result = composed(settings, a, b, progress, field);
+                    for (int y = 0; y < height; ++y)
+                        for (int x = 0; x < width && selected(y, field); ++x) {
+                            ASSERT_NEAR(luma(result, x, y), 20 + 200 * covered(area, x, y), kMixCut + 200 * 3 * kUnit)
+                                << name(settings, progress, field) << " " << x << " " << y;
+                            ASSERT_NEAR(value_of(result, kU, x, y), 60 + 120 * covered(area, x & ~1, y),
+                                        kMixCut + 120 * 3 * kUnit)
+                                << name(settings, progress, field) << " " << x << " " << y;
+                        }
+                };
+                expect_blended(settings_of(EffectKind::kZoom, 0), zoomed_area(width, height, progress));
+                EffectSettings push = settings_of(EffectKind::kPush, 0);
+                for (Direction direction : kDirections) {
+                    push.direction = direction;
+                    expect_blended(push, pushed_areas(width, height, progress, direction).b);
+                }
+            }
+    }
+}
+
+// At half the size each pixel is the mean of four, rounded to nearest.
+TEST(EffectTest, ZoomReducesByExactMeans) {
+    const int width = 96, height = 64;
+    const BitmapPtr a = noise(width, height, 12), b = noise(width, height, 13);
+    const BitmapPtr result = composed(settings_of(EffectKind::kZoom, 0), a, b, 0.5);
+    for (int y = 0; y < height / 2; ++y)
+        for (int x = 2; x < width / 2; ++x) {  // the first pixel of a line is cut, and the colour of its pair
+            const int sum = luma(b, 2 * x, 2 * y) + luma(b, 2 * x + 1, 2 * y) + luma(b, 2 * x, 2 * y + 1) +
+                            luma(b, 2 * x + 1, 2 * y + 1);
+            ASSERT_EQ(luma(result, width / 4 + x, height / 4 + y), (sum + 2) / 4) << x << " " << y;
+        }
 }
 
 TEST(YuvFromRgb, KnownColours) {

@@ -73,6 +73,20 @@ TEST(OptionsTest, KnowsTheEffectsInSpace) {
     EXPECT_EQ(shape.points, "star.txt");
 }
 
+TEST(OptionsTest, KnowsTheEffectsThatResample) {
+    EXPECT_EQ(accepted({"--effect", "zoom", "--duration", "2s"}).effect, EffectKind::kZoom);
+    const Options push = accepted({"--effect", "push", "--duration", "2s"});
+    EXPECT_EQ(push.effect, EffectKind::kPush);
+    EXPECT_EQ(push.direction, Direction::kLeft);
+    const auto direction = [](const char* word) {
+        return accepted({"--effect", "push", "--duration", "2s", "--direction", word}).direction;
+    };
+    EXPECT_EQ(direction("left"), Direction::kLeft);
+    EXPECT_EQ(direction("right"), Direction::kRight);
+    EXPECT_EQ(direction("up"), Direction::kUp);
+    EXPECT_EQ(direction("down"), Direction::kDown);
+}
+
 TEST(OptionsTest, RefusesWithOneLine) {
     const std::vector<std::string> good = {"--effect", "box", "--duration", "2s"};
     const auto plus = [&](std::vector<std::string> more) {
@@ -85,7 +99,7 @@ TEST(OptionsTest, RefusesWithOneLine) {
     expect_refused(with({"--duration", "2s"}), "effect");
     expect_refused(with({"--effect", "box"}), "duration");
     expect_refused(with({"--effect", "wipe", "--duration", "2s"}),
-                   "unknown effect 'wipe': choose crossfade, box, circle, band, shape, fly or cube");
+                   "unknown effect 'wipe': choose crossfade, box, circle, band, shape, fly, cube, zoom or push");
     for (const char* duration : {"0", "0s", "0f", "0ms"})
         expect_refused(with({"--effect", "box", "--duration", duration}), "longer than nothing");
     for (const char* duration : {"-2s", "--", "two", "2 s", "", "1e99"})
@@ -99,13 +113,17 @@ TEST(OptionsTest, RefusesWithOneLine) {
     expect_refused(plus({"--points", "star.txt"}), "--points has a meaning for --effect shape only");
     expect_refused(with({"--effect", "shape", "--duration", "1s"}), "--effect shape needs --points FILE");
     expect_refused(with({"--effect", "shape", "--duration", "1s", "--points", ""}), "a file name is empty");
-    for (const char* effect : {"fly", "shape"})
+    for (const char* effect : {"fly", "shape", "zoom", "push"})
         expect_refused(with({"--effect", effect, "--duration", "1s", "--color", "FF8000"}), "band and cube only");
     expect_refused(with({"--effect", "band", "--duration", "1s", "--color", "red"}), "--color 'red'");
-    for (const char* effect : {"crossfade", "shape", "fly", "cube"})
+    for (const char* effect : {"crossfade", "shape", "fly", "cube", "zoom", "push"})
         expect_refused(with({"--effect", effect, "--duration", "1s", "--feather", "5"}),
                        "--feather has a meaning for --effect box, circle and band only");
     expect_refused(plus({"--ease", "bounce"}), "unknown ease 'bounce': choose linear or cosine");
+    expect_refused(plus({"--direction", "left"}), "--direction has a meaning for --effect push only");
+    expect_refused(with({"--effect", "zoom", "--duration", "1s", "--direction", "up"}), "for --effect push only");
+    expect_refused(with({"--effect", "push", "--duration", "1s", "--direction", "north"}),
+                   "unknown direction 'north': choose left, right, up or down");
     expect_refused(plus({"--fields", "both"}), "unknown field order 'both'");
     expect_refused(plus({"--nonsense"}), "nonsense");
     expect_refused(plus({"c.mp4"}), "c.mp4");
@@ -133,7 +151,7 @@ TEST(OptionsTest, PrintsHelpAndVersion) {
     const CommandLine help = parse_command_line({"--help"});
     EXPECT_FALSE(help.run);
     for (const char* part : {"Examples:", "--effect", "--duration", "--at", "--feather", "--color", "--points",
-                             "--ease", "--fields", "--sheet", "Exit status"})
+                             "--direction", "--ease", "--fields", "--sheet", "Exit status"})
         EXPECT_NE(help.text.find(part), std::string::npos) << part;
     const CommandLine version = parse_command_line({"--version"});
     EXPECT_FALSE(version.run);

@@ -139,7 +139,15 @@ TEST(Program, JoinsTwoVideosOfDifferentKind) {
     EXPECT_NEAR(level(17, 40, 1500), 0.5, 0.05);
 }
 
+// A dissolve and the push show a share of B that grows evenly, the zoom one that grows with the square.
 TEST(Program, ComposesFieldByField) {
+    const struct {
+        Arguments effect;
+        double power;
+    } cases[] = {{{"--effect", "crossfade"}, 1},
+                 {{"--effect", "push"}, 1},
+                 {{"--effect", "push", "--direction", "down"}, 1},
+                 {{"--effect", "zoom"}, 2}};
     for (FieldOrder order : {FieldOrder::kTopFirst, FieldOrder::kBottomFirst}) {
         const ScratchFolder folder;
         Clip a, b;
@@ -149,27 +157,30 @@ TEST(Program, ComposesFieldByField) {
         b.height = 64;
         write_clip(folder / "a.mkv", a);
         write_clip(folder / "b.mkv", b);
-        expect_done(run(command(folder / "a.mkv", folder / "b.mkv", folder / "out.mkv",
-                                {"--effect", "crossfade", "--duration", "10f"})));
-        const Contents contents = read_contents(folder / "out.mkv");
-        ASSERT_EQ(contents.top.size(), 30u);
-        EXPECT_EQ(contents.info.fields, order);
-        for (int frame = 0; frame < 30; ++frame) {
-            EXPECT_TRUE(contents.interlaced[frame]);
-            EXPECT_EQ(contents.top_first[frame], order == FieldOrder::kTopFirst);
-            for (double half : {0.0, 0.5}) {
-                const double moment = frame + half;
-                const double part = std::clamp((moment + 0.25 - 10) / 10, 0.0, 1.0);
-                const double want = a.luma(moment) * (1 - part) + b.luma(moment - 10) * part;
-                const bool top = (half == 0) == (order == FieldOrder::kTopFirst);
-                EXPECT_NEAR((top ? contents.top : contents.bottom)[frame], want, kLumaTolerance)
-                    << frame << (top ? " top" : " bottom");
+        for (const auto& c : cases) {
+            Arguments more = {"--duration", "10f", "-y"};
+            more.insert(more.end(), c.effect.begin(), c.effect.end());
+            expect_done(run(command(folder / "a.mkv", folder / "b.mkv", folder / "out.mkv", more)));
+            const Contents contents = read_contents(folder / "out.mkv");
+            ASSERT_EQ(contents.top.size(), 30u);
+            EXPECT_EQ(contents.info.fields, order);
+            for (int frame = 0; frame < 30; ++frame) {
+                EXPECT_TRUE(contents.interlaced[frame]);
+                EXPECT_EQ(contents.top_first[frame], order == FieldOrder::kTopFirst);
+                for (double half : {0.0, 0.5}) {
+                    const double moment = frame + half;
+                    const double part = std::pow(std::clamp((moment + 0.25 - 10) / 10, 0.0, 1.0), c.power);
+                    const double want = a.luma(moment) * (1 - part) + b.luma(moment - 10) * part;
+                    const bool top = (half == 0) == (order == FieldOrder::kTopFirst);
+                    EXPECT_NEAR((top ? contents.top : contents.bottom)[frame], want, kLumaTolerance)
+                        << c.effect.back() << " " << frame << (top ? " top" : " bottom");
+                }
             }
         }
     }
 }
 
-// The picture that flies in, and the sides of the cube, hold in each field what that field's moment shows.
+// Pictures that are moved, turned or squeezed hold in each field what that field's moment shows.
 TEST(Program, MapsFieldByField) {
     const ScratchFolder folder;
     Clip a, b;
@@ -179,7 +190,7 @@ TEST(Program, MapsFieldByField) {
     b.luma = [](double moment) { return moment == std::floor(moment) ? 100 : 200; };
     write_clip(folder / "a.mkv", a);
     write_clip(folder / "b.mkv", b);
-    for (const char* effect : {"fly", "cube"}) {
+    for (const char* effect : {"fly", "cube", "zoom", "push"}) {
         expect_done(run(command(folder / "a.mkv", folder / "b.mkv", folder / "out.mkv",
                                 {"--effect", effect, "--duration", "8f", "-y"})));
         const Contents contents = read_contents(folder / "out.mkv");
@@ -248,7 +259,7 @@ TEST(Program, EveryEffectRunsThrough) {
     clip.luma = [](double) { return 180; };
     write_clip(folder / "b.mp4", clip);
     std::ofstream(folder / "points.txt") << "0.5 0\n1 0.8 # right\n0 0.8\n";
-    for (const char* effect : {"crossfade", "box", "circle", "band", "shape", "fly", "cube"})
+    for (const char* effect : {"crossfade", "box", "circle", "band", "shape", "fly", "cube", "zoom", "push"})
         for (const char* ease : {"linear", "cosine"}) {
             Arguments more = {"--effect", effect, "--duration", "0.4s", "--ease", ease, "-y"};
             if (more[1] == "shape")
@@ -273,7 +284,7 @@ TEST(Program, KeepsPixelShapeAndOddSizes) {
     b.luma = [](double) { return 190; };
     write_clip(folder / "a.mkv", a);
     write_clip(folder / "b.mkv", b);
-    for (const char* effect : {"circle", "band", "fly", "cube"}) {
+    for (const char* effect : {"circle", "band", "fly", "cube", "zoom", "push"}) {
         expect_done(run(command(folder / "a.mkv", folder / "b.mkv", folder / "out.mkv",
                                 {"--effect", effect, "--duration", "4f", "-y"})));
         const Contents contents = read_contents(folder / "out.mkv");

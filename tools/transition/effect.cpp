@@ -40,8 +40,40 @@ BitmapPtr make_bitmap_if(bool needed, int width, int height, int format) {
     return needed ? make_bitmap(width, height, format) : nullptr;
 }
 
+bool has_scratch(EffectKind kind) {
+    return kind == EffectKind::kShape || kind == EffectKind::kFly || kind == EffectKind::kZoom ||
+           kind == EffectKind::kPush;
+}
+
 void map_quad(Bitmap* dest, Bitmap* coverage, Bitmap* depth, const Bitmap* texture, const Quad& quad, unsigned flags) {
     bmp_map_polygon(dest, coverage, depth, texture, nullptr, quad.data(), static_cast<int>(quad.size()), flags);
+}
+
+/// In pixels and frame lines, right and bottom exclusive.
+struct Rectangle {
+    float left;
+    float top;
+    float right;
+    float bottom;
+};
+
+/// Maps all of a picture onto a rectangle, on the lines that `field` selects.
+void map_picture(Bitmap* dest, Bitmap* coverage, const Bitmap* picture, const Rectangle& to, unsigned field) {
+    const auto map = [&](float top, float bottom, float source_top, float source_bottom) {
+        bmp_map_rect(dest, coverage, to.left, top, to.right, bottom, picture, nullptr, 0, source_top,
+                     static_cast<float>(picture->width), source_bottom, field);
+    };
+    const float height = static_cast<float>(picture->height);
+    if (field == kBottomField && (picture->create_flags & kTwoFields) != 0) {
+        // The lines of a bottom field are two frame lines high around their centres, so that the first one begins half
+        // a line below the frame's top, and the mapping would begin there, too. It is continued up to the top.
+        constexpr float kFieldTop = 0.5f;
+        const float split = to.top + (to.bottom - to.top) * (kFieldTop / height);
+        map(to.top, split, kFieldTop, 2 * kFieldTop);
+        map(split, to.bottom, kFieldTop, height);
+    } else {
+        map(to.top, to.bottom, 0, height);
+    }
 }
 
 }  // namespace
@@ -56,8 +88,9 @@ Effect::Effect(const EffectSettings& settings, int width, int height)
       stage_(width, height, settings.line_height_px),
       map_(make_bitmap(width, height, BMP_FMT_PWRW)),
       outer_map_(make_bitmap_if(settings.kind == EffectKind::kBand, width, height, BMP_FMT_PWRW)),
-      scratch_(make_bitmap_if(settings.kind == EffectKind::kShape || settings.kind == EffectKind::kFly, width, height,
-                              BMP_FMT_YUY2)),
+      scratch_(make_bitmap_if(has_scratch(settings.kind), width, height, BMP_FMT_YUY2)),
+      map_a_(make_bitmap_if(settings.kind == EffectKind::kPush, width, height, BMP_FMT_PWRW)),
+      scratch_a_(make_bitmap_if(settings.kind == EffectKind::kPush, width, height, BMP_FMT_YUY2)),
       depth_(make_bitmap_if(settings.kind == EffectKind::kCube, width, height, BMP_FMT_QUAD3)),
       column_64ths_(width),
       line_64ths_(height) {}
@@ -96,6 +129,14 @@ void Effect::compose(Bitmap* dest, const Bitmap* a, const Bitmap* b, double prog
             bmp_compose(dest, a, scratch_.get(), map_.get(), field);
             break;
         case EffectKind::kCube: draw_cube(dest, a, b, progress, field); break;
+        case EffectKind::kZoom:
+            draw_zoomed(b, progress, field);
+            bmp_compose(dest, a, scratch_.get(), map_.get(), field);
+            break;
+        case EffectKind::kPush:
+            draw_pushed(a, b, progress, field);
+            bmp_compose(dest, scratch_a_.get(), scratch_.get(), map_.get(), field);
+            break;
     }
 }
 
@@ -191,6 +232,32 @@ void Effect::draw_cube(Bitmap* dest, const Bitmap* a, const Bitmap* b, double pr
     bmp_clear(depth_.get(), field);
     map_quad(dest, nullptr, depth_.get(), a, stage_.cube_front(progress), field);
     map_quad(dest, nullptr, depth_.get(), b, stage_.cube_right(progress), field);
+}
+
+void Effect::draw_zoomed(const Bitmap* b, double progress, unsigned field) {
+    const double left = (1 - progress) * map_->width / 2, top = (1 - progress) * map_->height / 2;
+    const Rectangle picture = {static_cast<float>(left), static_cast<float>(top),
+                               static_cast<float>(map_->width - left), static_cast<float>(map_->height - top)};
+    bmp_clear(map_.get(), field);
+    map_picture(scratch_.get(), map_.get(), b, picture, field);
+}
+
+// Both pictures are cut at the same number, so that their weights add up to the full one in every pixel: where b's
+// weight is not full, a has left a colour.
+void Effect::draw_pushed(const Bitmap* a, const Bitmap* b, double progress, unsigned field) {
+    const Direction direction = settings_.direction;
+    const bool a_first = direction == Direction::kLeft || direction == Direction::kUp;  // the left or the upper one
+    const double part = a_first ? 1 - progress : progress;
+    const float width = static_cast<float>(map_->width), height = static_cast<float>(map_->height);
+    Rectangle first = {0, 0, width, height}, second = first;
+    if (direction == Direction::kLeft || direction == Direction::kRight)
+        first.right = second.left = static_cast<float>(part * map_->width);
+    else
+        first.bottom = second.top = static_cast<float>(part * map_->height);
+    bmp_clear(map_a_.get(), field);
+    map_picture(scratch_a_.get(), map_a_.get(), a, a_first ? first : second, field);
+    bmp_clear(map_.get(), field);
+    map_picture(scratch_.get(), map_.get(), b, a_first ? second : first, field);
 }
 
 uint32_t yuv_from_rgb(uint32_t rgb, double red_weight, double blue_weight) {

@@ -10,15 +10,18 @@
 
 namespace zepbmp::transition {
 
-enum class EffectKind { kCrossfade, kBox, kCircle, kBand, kShape, kFly, kCube };
+enum class EffectKind { kCrossfade, kBox, kCircle, kBand, kShape, kFly, kCube, kZoom, kPush };
+
+enum class Direction { kLeft, kRight, kUp, kDown };
 
 struct EffectSettings {
     EffectKind kind = EffectKind::kCrossfade;
-    double feather_px = 0;      // box, circle, band: width of the soft edge; 0 = hard
-    Ease edge = Ease::kLinear;  // profile of the soft edge
-    double line_height_px = 1;  // height of a frame line in pixel widths, so that circles are round on the screen
-    uint32_t color_yuv = 0;     // of the band, or around the cube: Y in bits 16..23, U 8..15, V 0..7
-    Outline outline;            // shape only, and not empty there
+    double feather_px = 0;                   // box, circle, band: width of the soft edge; 0 = hard
+    Ease edge = Ease::kLinear;               // profile of the soft edge
+    double line_height_px = 1;               // of a frame line in pixel widths, so that circles are round on the screen
+    uint32_t color_yuv = 0;                  // of the band, or around the cube: Y in bits 16..23, U 8..15, V 0..7
+    Outline outline;                         // shape only, and not empty there
+    Direction direction = Direction::kLeft;  // push only: the side at which a leaves
 };
 
 /// One effect for YUY2 frames of one size, of even width. Pure: the result depends on the arguments alone, files and
@@ -39,6 +42,8 @@ private:
     void draw_shape(double progress, unsigned field);
     void draw_flying(const Bitmap* b, double progress, unsigned field);
     void draw_cube(Bitmap* dest, const Bitmap* a, const Bitmap* b, double progress, unsigned field);
+    void draw_zoomed(const Bitmap* b, double progress, unsigned field);
+    void draw_pushed(const Bitmap* a, const Bitmap* b, double progress, unsigned field);
 
     EffectSettings settings_;
     double width_px_;
@@ -49,7 +54,9 @@ private:
     Stage stage_;
     BitmapPtr map_;
     BitmapPtr outer_map_;  // band only
-    BitmapPtr scratch_;    // shape, fly: colours under the weights of map_
+    BitmapPtr scratch_;    // shape, fly, zoom, push: colours under the weights of map_
+    BitmapPtr map_a_;      // push only
+    BitmapPtr scratch_a_;  // push only: colours under the weights of map_a_
     BitmapPtr depth_;      // cube only: a float for each pixel
     std::vector<int> column_64ths_;
     std::vector<int> line_64ths_;

@@ -32,6 +32,9 @@ Examples:
     zepbmp-transition tape1.avi tape2.avi -o tape.mp4 --effect band --duration 1.5s \
         --color FF8000 --fields top
 
+  a vertical push: the first video is squeezed out at the top
+    zepbmp-transition beach.mp4 city.mov -o trip.mp4 --effect push --direction up --duration 1s
+
   a shape of one's own, whose corners stand in a text file
     zepbmp-transition beach.mp4 city.mov -o trip.mp4 --effect shape --points heart.txt --duration 2s
 
@@ -50,13 +53,17 @@ Value choose(const char* what, const std::string& word, const std::array<std::pa
     refuse("unknown " + std::string(what) + " '" + word + "': choose " + all);
 }
 
-constexpr std::array<std::pair<const char*, EffectKind>, 7> kEffects = {{{"crossfade", EffectKind::kCrossfade},
+constexpr std::array<std::pair<const char*, EffectKind>, 9> kEffects = {{{"crossfade", EffectKind::kCrossfade},
                                                                          {"box", EffectKind::kBox},
                                                                          {"circle", EffectKind::kCircle},
                                                                          {"band", EffectKind::kBand},
                                                                          {"shape", EffectKind::kShape},
                                                                          {"fly", EffectKind::kFly},
-                                                                         {"cube", EffectKind::kCube}}};
+                                                                         {"cube", EffectKind::kCube},
+                                                                         {"zoom", EffectKind::kZoom},
+                                                                         {"push", EffectKind::kPush}}};
+constexpr std::array<std::pair<const char*, Direction>, 4> kDirections = {
+    {{"left", Direction::kLeft}, {"right", Direction::kRight}, {"up", Direction::kUp}, {"down", Direction::kDown}}};
 constexpr std::array<std::pair<const char*, Ease>, 2> kEases = {{{"linear", Ease::kLinear}, {"cosine", Ease::kCosine}}};
 constexpr std::array<std::pair<const char*, FieldChoice>, 4> kFields = {{{"auto", FieldChoice::kAuto},
                                                                          {"top", FieldChoice::kTop},
@@ -99,7 +106,8 @@ void refuse_same_file(const fs::path& output, const fs::path& other, const char*
 
 CommandLine parse_command_line(std::vector<std::string> arguments) {
     Options options;
-    std::string input_a, input_b, output, sheet, points, effect, duration, at, color, ease = "linear", fields = "auto";
+    std::string input_a, input_b, output, sheet, points, effect, duration, at, color;
+    std::string direction = "left", ease = "linear", fields = "auto";
     double feather = kDefaultFeatherPx;
 
     CLI::App app(
@@ -113,7 +121,7 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
     app.add_option("-o,--output", output, "video to write; the ending decides the container")
         ->required()
         ->type_name("FILE");
-    app.add_option("--effect", effect, "crossfade, box, circle, band, shape, fly or cube")
+    app.add_option("--effect", effect, "crossfade, box, circle, band, shape, fly, cube, zoom or push")
         ->required()
         ->type_name("NAME");
     app.add_option("--duration", duration, "length of the transition")->required()->type_name("TIME");
@@ -128,6 +136,9 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
     CLI::Option* const points_option =
         app.add_option("--points", points, "the shape's corners, a line \"x y\" for each, y down, in any unit")
             ->type_name("FILE");
+    CLI::Option* const direction_option =
+        app.add_option("--direction", direction, "left, right, up or down: where push moves the first video (left)")
+            ->type_name("NAME");
     app.add_option("--ease", ease, "linear or cosine: course of the motion and of the soft edge (linear)")
         ->type_name("NAME");
     app.add_option("--fields", fields, "auto, top, bottom or progressive: which field is first (auto: as flagged)")
@@ -154,6 +165,7 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
     options.input_b = input_b;
     options.output = output;
     options.effect = choose("effect", effect, kEffects);
+    options.direction = choose("direction", direction, kDirections);
     options.ease = choose("ease", ease, kEases);
     options.fields = choose("field order", fields, kFields);
     options.duration = time_option("--duration", duration);
@@ -175,6 +187,8 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
         refuse("--points has a meaning for --effect shape only");
     if (!*points_option && options.effect == EffectKind::kShape)
         refuse("--effect shape needs --points FILE");
+    if (*direction_option && options.effect != EffectKind::kPush)
+        refuse("--direction has a meaning for --effect push only");
     if (input_a.empty() || input_b.empty() || output.empty() || (*sheet_option && sheet.empty()) ||
         (*points_option && points.empty()))
         refuse("a file name is empty");

@@ -24,6 +24,7 @@ struct Options {
     std::optional<TimeValue> at;
     double feather_px = 0;
     uint32_t color_rgb = 0;
+    Direction direction = Direction::kLeft;
     Ease ease = Ease::kLinear;
     FieldChoice fields = FieldChoice::kAuto;
     bool overwrite = false;

@@ -109,7 +109,8 @@ private:
                 options.ease,
                 info.line_height_px(),
                 yuv_from_rgb(options.color_rgb, weights.red, weights.blue),
-                options.points ? read_outline(*options.points) : Outline()};
+                options.points ? read_outline(*options.points) : Outline(),
+                options.direction};
     }
 
     /// `moment` and `span` in frames: what is composed is shown from moment to moment + span.
