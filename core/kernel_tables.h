@@ -169,6 +169,13 @@ struct CoverKernels {
 };
 extern CoverKernels cover_kernels;
 
+// ---------------------------------------------------------------- stores
+
+/// How a kernel stores: through the caches, or past them. Streaming is for calls that touch more than the caches hold.
+enum StoreKind : int { kStoreCached, kStoreStreamed };
+constexpr int kStoreKinds = 2;
+constexpr int kCacheLineBytes = 64;
+
 // ---------------------------------------------------------------- area resampling
 
 /// The source pixels (or lines) under a destination pixel (or line), and how much of it each covers: the first one and
@@ -184,11 +191,8 @@ struct AreaLines {
     ptrdiff_t pitch;
     AreaSpan span;
     int32_t inner_weight;
-    const uint8_t* end;  ///< of the source's last line, behind its last pixel: nothing is read from there on
-    /// Hints: the lines that will be needed next, `later` .. `later + ahead - 1`; bytes from a destination pixel to the
-    /// one that the next call writes.
-    int32_t later, ahead;
-    ptrdiff_t later_pixels;
+    const uint8_t* end;    ///< of the source's last line, behind its last pixel: nothing is read from there on
+    int32_t later, ahead;  ///< a hint: the lines that will be needed next, `later` .. `later + ahead - 1`
 };
 
 constexpr int32_t kAreaPixels = 1024;  ///< that a kernel gets at a time
@@ -208,6 +212,14 @@ struct AreaColumns {
     int32_t inner_pair_weight;
 };
 
+/// Where a run of pixels goes, on one line.
+struct AreaTarget {
+    uint8_t* pixels;
+    uint16_t* weights;       ///< one a pixel, to become 4096; null where there are none
+    ptrdiff_t later_pixels;  ///< a hint: bytes to the pixels that the next call draws
+    StoreKind store;
+};
+
 /// A kernel's own memory. What plan() leaves there serves for any number of lines.
 struct AreaScratch;
 
@@ -218,7 +230,8 @@ struct AreaKernels {
     void (*plan_rgbq)(const AreaColumns& columns, AreaScratch& scratch);
     void (*plan_yuy2)(const AreaColumns& columns, AreaScratch& scratch);
     void (*plan_rgb8)(const AreaColumns& columns, AreaScratch& scratch);
-    using Draw = void(uint8_t* dst, const AreaLines& lines, const AreaColumns& columns, AreaScratch& scratch);
+    using Draw = void(const AreaTarget& target, const AreaLines& lines, const AreaColumns& columns,
+                      AreaScratch& scratch);
     Draw* rgbq;
     Draw* yuy2;
     Draw* rgb8;
@@ -226,11 +239,6 @@ struct AreaKernels {
 extern AreaKernels area_kernels;
 
 // ---------------------------------------------------------------- lines of bytes
-
-/// How a kernel stores: through the caches, or past them. Streaming is for calls that touch more than the caches hold.
-enum StoreKind : int { kStoreCached, kStoreStreamed };
-constexpr int kStoreKinds = 2;
-constexpr int kCacheLineBytes = 64;
 
 /// One line each. `bytes` of 0 touches nothing; no alignment is asked of any address.
 struct LineKernels {

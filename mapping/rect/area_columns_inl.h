@@ -91,6 +91,7 @@ constexpr int kPixelBits = 23;  // of a whole pixel's weights, 4096 * 2048
 
 struct Rgbq {
     static constexpr int kBytes = 4;
+    static constexpr bool kKeepsBytes = true;
     static constexpr bool kPairs = false;
     using Lines = RgbqLines;
 
@@ -109,6 +110,7 @@ struct Rgbq {
 
 struct Yuy2 {
     static constexpr int kBytes = 2;
+    static constexpr bool kKeepsBytes = false;
     static constexpr bool kPairs = true;  ///< whose weights may be above kMostWeight
     using Lines = Yuy2Lines;
 
@@ -127,6 +129,7 @@ struct Yuy2 {
 
 struct Rgb8 {
     static constexpr int kBytes = 1;
+    static constexpr bool kKeepsBytes = false;
     static constexpr bool kPairs = false;
     using Lines = Rgb8Lines;
 
@@ -140,25 +143,32 @@ struct Rgb8 {
     }
 };
 
-/// `count` pixels from planes that stand.
+/// `count` pixels from planes that stand. `streams`: through the scratch line and past the caches.
 template <class L, class Format, class W, bool kMore>
-void draw_columns(uint8_t* dst, int32_t count, uint32_t total, ptrdiff_t later_pixels, Prefetch<L>& later,
-                  const AreaScratch& scratch) {
-    constexpr int32_t kPixels = L::kBytes / Format::kBytes;
-    const ptrdiff_t rate = later.rate(count / kPixels + 1, 1);
+void draw_columns(const AreaTarget& target, int32_t count, uint32_t total, Errands<L>& errands, AreaScratch& scratch) {
+    const bool streams = !Format::kKeepsBytes && target.store == kStoreStreamed;
+    uint8_t* const dst = streams ? scratch.line : target.pixels;
+    const ptrdiff_t bytes = ptrdiff_t{count} * Format::kBytes;
+    PixelStream<L> stream(target.pixels, dst, streams ? bytes : 0);
+    ptrdiff_t x = 0;
     int32_t block = 0;
-    for (; count >= kPixels; count -= kPixels, ++block, dst += L::kBytes) {
-        later.ask(rate);
-        L::prefetch(dst + later_pixels);
-        L::store(dst, Format::template block<L, W, kMore>(scratch, block, total, L::load(dst)));
+    for (; x + L::kBytes <= bytes; x += L::kBytes, ++block) {
+        errands.step();
+        if (streams)
+            stream.drawn_to(x);
+        else
+            L::prefetch(dst + x + target.later_pixels);
+        L::store(dst + x, Format::template block<L, W, kMore>(scratch, block, total, L::load(dst + x)));
     }
-    if (count > 0) {
-        const auto bytes = static_cast<size_t>(count * Format::kBytes);
+    if (x < bytes) {
+        const auto left = static_cast<size_t>(bytes - x);
         uint8_t rest[L::kBytes] = {};
-        __builtin_memcpy(rest, dst, bytes);
+        __builtin_memcpy(rest, dst + x, left);
         L::store(rest, Format::template block<L, W, kMore>(scratch, block, total, L::load(rest)));
-        __builtin_memcpy(dst, rest, bytes);
+        __builtin_memcpy(dst + x, rest, left);
     }
+    if (streams)
+        stream.finish();
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "mapping/rect/area_columns_inl.h"
+#include "mapping/rect/area_errands_inl.h"
 #include "mapping/rect/area_lines_inl.h"
 #include "mapping/rect/area_plan_inl.h"
 
@@ -35,21 +36,20 @@ void plan_yuy2(const AreaColumns& c, AreaScratch& s) {
 }
 
 template <class L, class Format, bool kMore>
-void draw_planned(uint8_t* dst, int32_t count, uint32_t total, ptrdiff_t later_pixels, Prefetch<L>& later,
-                  const AreaScratch& s) {
+void draw_planned(const AreaTarget& target, int32_t count, uint32_t total, Errands<L>& errands, AreaScratch& s) {
     if constexpr (L::kLooksUp) {
         if (s.looked_up) {
             const auto draw = s.reach == 2   ? s.one_window ? draw_columns<L, Format, ByLookup<L, 2, true>, kMore>
                                                             : draw_columns<L, Format, ByLookup<L, 2, false>, kMore>
                                 : s.one_window ? draw_columns<L, Format, ByLookup<L, 3, true>, kMore>
                                              : draw_columns<L, Format, ByLookup<L, 3, false>, kMore>;
-            return draw(dst, count, total, later_pixels, later, s);
+            return draw(target, count, total, errands, s);
         }
     }
     if (blocks_of(s) == 1)
-        draw_columns<L, Format, ByBlocks<L, 1>, kMore>(dst, count, total, later_pixels, later, s);
+        draw_columns<L, Format, ByBlocks<L, 1>, kMore>(target, count, total, errands, s);
     else
-        draw_columns<L, Format, ByBlocks<L, 0>, kMore>(dst, count, total, later_pixels, later, s);
+        draw_columns<L, Format, ByBlocks<L, 0>, kMore>(target, count, total, errands, s);
 }
 
 /// 128 times the weights of a pixel that is whole across.
@@ -59,32 +59,35 @@ uint32_t total_of(const AreaLines& lines) {
 }
 
 template <class L, class Format>
-void draw(uint8_t* dst, const AreaLines& lines, const AreaColumns& columns, AreaScratch& s,
+void draw(const AreaTarget& target, const AreaLines& lines, const AreaColumns& columns, AreaScratch& s,
           AreaKernels::Draw* one_by_one) {
     if (!s.planned)
-        return one_by_one(dst, lines, columns, s);
+        return one_by_one(target, lines, columns, s);
     const ptrdiff_t offset = ptrdiff_t{s.first} * Format::kBytes, bytes = ptrdiff_t{s.columns} * Format::kBytes;
-    Prefetch<L> later(lines, offset, bytes);
-    sum_span<L, typename Format::Lines>(lines, offset, bytes, later, s);
+    const ptrdiff_t line_steps = (bytes + kStepBytes - 1) / kStepBytes * rounds_of(lines);
+    const ptrdiff_t column_steps = ptrdiff_t{columns.count} * Format::kBytes / L::kBytes;
+    Errands<L> errands(lines, offset, bytes, target, columns.count, line_steps + column_steps);
+    sum_span<L, typename Format::Lines>(lines, offset, bytes, errands, s);
     const uint32_t total = total_of(lines);
     if (Format::kPairs && s.has_more)
-        draw_planned<L, Format, Format::kPairs>(dst, columns.count, total, lines.later_pixels, later, s);
+        draw_planned<L, Format, Format::kPairs>(target, columns.count, total, errands, s);
     else
-        draw_planned<L, Format, false>(dst, columns.count, total, lines.later_pixels, later, s);
+        draw_planned<L, Format, false>(target, columns.count, total, errands, s);
+    errands.finish();
     L::finish();
 }
 
 template <class L>
-void rgbq(uint8_t* dst, const AreaLines& lines, const AreaColumns& columns, AreaScratch& scratch) {
-    draw<L, Rgbq>(dst, lines, columns, scratch, kAreaPlain.rgbq);
+void rgbq(const AreaTarget& target, const AreaLines& lines, const AreaColumns& columns, AreaScratch& scratch) {
+    draw<L, Rgbq>(target, lines, columns, scratch, kAreaPlain.rgbq);
 }
 template <class L>
-void yuy2(uint8_t* dst, const AreaLines& lines, const AreaColumns& columns, AreaScratch& scratch) {
-    draw<L, Yuy2>(dst, lines, columns, scratch, kAreaPlain.yuy2);
+void yuy2(const AreaTarget& target, const AreaLines& lines, const AreaColumns& columns, AreaScratch& scratch) {
+    draw<L, Yuy2>(target, lines, columns, scratch, kAreaPlain.yuy2);
 }
 template <class L>
-void rgb8(uint8_t* dst, const AreaLines& lines, const AreaColumns& columns, AreaScratch& scratch) {
-    draw<L, Rgb8>(dst, lines, columns, scratch, kAreaPlain.rgb8);
+void rgb8(const AreaTarget& target, const AreaLines& lines, const AreaColumns& columns, AreaScratch& scratch) {
+    draw<L, Rgb8>(target, lines, columns, scratch, kAreaPlain.rgb8);
 }
 
 template <class L>

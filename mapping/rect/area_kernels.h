@@ -35,6 +35,7 @@ struct AreaScratch {
     AreaPlan<kAreaPixels / 2> pairs;  ///< of YUY2: pairs of pixels from pairs of columns
     /// What pairs' weights above kMostWeight are too large by.
     alignas(64) uint32_t more_weights[kAreaBlockColumns * kAreaPixels / 2];
+    alignas(64) uint8_t line[2 * kAreaPixels];  ///< pixels that are to be stored past the caches
     /// Line sums: B, G, R of every column; Y of every column and U, V of every pair; the one channel of RGB8.
     alignas(64) uint32_t plane[3][kAreaColumns + 2 * kStepBytes];
 };

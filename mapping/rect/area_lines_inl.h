@@ -2,6 +2,7 @@
 /// Sums of lines: the first half of an area kernel. Part of area_inl.h.
 #pragma once
 
+#include "mapping/rect/area_errands_inl.h"
 #include "mapping/rect/area_kernels.h"
 
 namespace zepbmp {
@@ -130,50 +131,16 @@ struct Rgb8Lines {
     }
 };
 
-/// Asks for the lines that come next, a few cache lines at a time: requests in a burst wait for each other.
-template <class L>
-class Prefetch {
-public:
-    /// `bytes` from `offset` on of the lines ahead.
-    Prefetch(const AreaLines& lines, ptrdiff_t offset, ptrdiff_t bytes)
-        : line_(lines.pixels + lines.pitch * lines.later + offset),
-          pitch_(lines.pitch),
-          bytes_(bytes),
-          lines_(lines.ahead) {}
-
-    /// How many cache lines to ask for in each of `steps`, so that a `share`-th of what is left is asked for.
-    ptrdiff_t rate(ptrdiff_t steps, ptrdiff_t share) const {
-        const ptrdiff_t all = (bytes_ + kCacheLineBytes - 1) / kCacheLineBytes * lines_ / share;
-        return (all + steps - 1) / steps;
-    }
-    void ask(ptrdiff_t cache_lines) {
-        for (; cache_lines > 0 && lines_ > 0; --cache_lines) {
-            L::prefetch_far(line_ + x_);
-            x_ += kCacheLineBytes;
-            if (x_ >= bytes_) {
-                x_ = 0;
-                line_ += pitch_;
-                --lines_;
-            }
-        }
-    }
-
-private:
-    const uint8_t* line_;
-    ptrdiff_t pitch_, bytes_, x_ = 0;
-    int32_t lines_;
-};
-
 /// `bytes` of every line. Reads up to the next multiple of kStepBytes, but not from `end` on.
 template <class L, class Lines, int kPairs, bool kAccumulate>
-void sum_lines(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, Prefetch<L>& later, ptrdiff_t rate,
+void sum_lines(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, Errands<L>& errands,
                AreaScratch& scratch) {
     const ptrdiff_t rounded = (bytes + kStepBytes - 1) & -ptrdiff_t{kStepBytes};
     const uint8_t* const last_line = lines.line[2 * kPairs - 1];
     const ptrdiff_t inside = end - last_line < rounded ? bytes & -ptrdiff_t{kStepBytes} : rounded;
     ptrdiff_t x = 0, column = 0;
     for (; x < inside; x += kStepBytes, column += Lines::kColumns) {
-        later.ask(rate);
+        errands.step();
         Lines::template step<L, kPairs, kAccumulate>(lines.line, x, lines, scratch, column);
     }
     if (x == rounded)
@@ -188,28 +155,28 @@ void sum_lines(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, P
 }
 
 template <class L, class Lines, bool kAccumulate>
-void sum_line_pairs(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, Prefetch<L>& later, ptrdiff_t rate,
+void sum_line_pairs(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, Errands<L>& errands,
                     AreaScratch& scratch) {
     switch (lines.pairs) {
-        case 1: return sum_lines<L, Lines, 1, kAccumulate>(lines, bytes, end, later, rate, scratch);
-        case 2: return sum_lines<L, Lines, 2, kAccumulate>(lines, bytes, end, later, rate, scratch);
-        case 3: return sum_lines<L, Lines, 3, kAccumulate>(lines, bytes, end, later, rate, scratch);
-        default: return sum_lines<L, Lines, 4, kAccumulate>(lines, bytes, end, later, rate, scratch);
+        case 1: return sum_lines<L, Lines, 1, kAccumulate>(lines, bytes, end, errands, scratch);
+        case 2: return sum_lines<L, Lines, 2, kAccumulate>(lines, bytes, end, errands, scratch);
+        case 3: return sum_lines<L, Lines, 3, kAccumulate>(lines, bytes, end, errands, scratch);
+        default: return sum_lines<L, Lines, 4, kAccumulate>(lines, bytes, end, errands, scratch);
     }
 }
 
+int32_t rounds_of(const AreaLines& lines) { return (lines.span.count + kMostLines - 1) / kMostLines; }
+
 /// `bytes` from `offset` on of all lines of the span.
 template <class L, class Lines>
-void sum_span(const AreaLines& lines, ptrdiff_t offset, ptrdiff_t bytes, Prefetch<L>& later, AreaScratch& scratch) {
-    const ptrdiff_t rounds = (lines.span.count + kMostLines - 1) / kMostLines;
-    const ptrdiff_t rate = later.rate((bytes + kStepBytes - 1) / kStepBytes * rounds, 2);
+void sum_span(const AreaLines& lines, ptrdiff_t offset, ptrdiff_t bytes, Errands<L>& errands, AreaScratch& scratch) {
     for (int32_t from = 0; from < lines.span.count; from += kMostLines) {
         const int32_t left = lines.span.count - from;
         const auto pairs = line_pairs<L>(lines, offset, from, left < kMostLines ? left : kMostLines);
         if (from == 0)
-            sum_line_pairs<L, Lines, false>(pairs, bytes, lines.end, later, rate, scratch);
+            sum_line_pairs<L, Lines, false>(pairs, bytes, lines.end, errands, scratch);
         else
-            sum_line_pairs<L, Lines, true>(pairs, bytes, lines.end, later, rate, scratch);
+            sum_line_pairs<L, Lines, true>(pairs, bytes, lines.end, errands, scratch);
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "core/pixels.h"
 #include "mapping/rect/area_kernels.h"
 #include "mapping/rect/partial.h"
 #include "mapping/rect/strip.h"
@@ -14,7 +13,6 @@ namespace {
 struct Format {
     int32_t together;  ///< pixels that a kernel draws together, from a multiple of their number on
     bool mixes;        ///< pixels and lines that are covered in part are mixed with what is there
-    bool keeps_bytes;  ///< kernels read the pixels that they write
     void (*plan)(const AreaColumns& columns, AreaScratch& scratch);
     AreaKernels::Draw* draw;
     DrawPartial* draw_partial;
@@ -22,9 +20,9 @@ struct Format {
 
 Format format_of(const Bitmap& dest) {
     switch (dest.format) {
-        case BMP_FMT_YUY2: return {2, true, false, area_kernels.plan_yuy2, area_kernels.yuy2, draw_partial_yuy2};
-        case BMP_FMT_RGBQ: return {1, true, true, area_kernels.plan_rgbq, area_kernels.rgbq, draw_partial_rgbq};
-        default: return {1, false, false, area_kernels.plan_rgb8, area_kernels.rgb8, draw_partial_rgb8};
+        case BMP_FMT_YUY2: return {2, true, area_kernels.plan_yuy2, area_kernels.yuy2, draw_partial_yuy2};
+        case BMP_FMT_RGBQ: return {1, true, area_kernels.plan_rgbq, area_kernels.rgbq, draw_partial_rgbq};
+        default: return {1, false, area_kernels.plan_rgb8, area_kernels.rgb8, draw_partial_rgb8};
     }
 }
 
@@ -37,6 +35,7 @@ public:
         const int32_t width = std::min(whole_pairs(dest.width), whole_pairs(map.width));
         extent_ = extent_of(mapping.columns, width, format_.together);
         lines_ = std::min(mapping.lines.pixels(), std::min(dest.height, map.height) - mapping.lines.begin);
+        line_step_ = flags & BMP_FIELD ? 2 : 1;
         const SourceLines& source = mapping.source;
         source_end_ = source.pixels + source.pitch * (source.height - 1) +
                       ptrdiff_t{whole_pairs(source.width)} * dest.bytes_per_pixel;
@@ -63,6 +62,11 @@ private:
         return static_cast<size_t>(std::min(bytes, 1e9));
     }
 
+    uint16_t* weights_at(int32_t x, int32_t y) const {
+        return weights_ ? reinterpret_cast<uint16_t*>(pixel_address(*weights_, x, y)) : nullptr;
+    }
+    ptrdiff_t later_pixels() const { return ptrdiff_t{dest_.pitch} * line_step_; }
+
     bool is_drawn(int32_t i) const {
         const auto odd = static_cast<int32_t>(flags_ & BMP_FIELD_ODD);
         return !(flags_ & BMP_FIELD) || ((mapping_.lines.begin + i) ^ odd) % 2 == 0;
@@ -73,8 +77,7 @@ private:
             format_.plan(columns.whole(), scratch_);
         const Axis& axis = mapping_.lines;
         Cursor cursor(axis.origin, axis.step, axis.size);
-        AreaLines lines = {mapping_.source.pixels, mapping_.source.pitch, {}, axis.step, source_end_, 0, 0, 0};
-        lines.later_pixels = ptrdiff_t{dest_.pitch} * (flags_ & BMP_FIELD ? 2 : 1);
+        AreaLines lines = {mapping_.source.pixels, mapping_.source.pitch, {}, axis.step, source_end_, 0, 0};
         int32_t waiting = -1;  // the line that is drawn as soon as it is known which ones of the source come next
         for (int32_t i = 0; i < lines_; ++i) {
             const AreaSpan span = cursor.take(axis.cover(i));
@@ -90,7 +93,6 @@ private:
         }
         if (waiting >= 0) {
             lines.ahead = 0;
-            lines.later_pixels = 0;
             draw_line(columns, waiting, lines);
         }
     }
@@ -109,29 +111,23 @@ private:
 
     void draw_whole(const AreaColumns& columns, int32_t begin, int32_t y, const AreaLines& lines) {
         const int32_t x = mapping_.columns.begin + begin;
-        const auto pixels = static_cast<size_t>(columns.count);
-        uint8_t* const dst = pixel_address(dest_, x, y);
-        if (store_ == kStoreStreamed && !format_.keeps_bytes) {
-            format_.draw(line_, lines, columns, scratch_);
-            line_kernels.copy[store_](dst, line_, pixels * static_cast<size_t>(dest_.bytes_per_pixel));
-        } else {
-            format_.draw(dst, lines, columns, scratch_);
-        }
-        if (weights_)
-            line_kernels.fill[store_](pixel_address(*weights_, x, y), pixels * sizeof(uint16_t),
-                                      kWeightFull | kWeightFull << 16);
+        format_.draw({pixel_address(dest_, x, y), weights_at(x, y), later_pixels(), store_}, lines, columns, scratch_);
     }
 
     void draw_partial(const StripColumns& columns, int32_t begin, int32_t end, int32_t y, const AreaLines& lines) {
         if (begin >= end)
             return;
         const int32_t x = mapping_.columns.begin + begin;
-        auto* const weights = weights_ ? reinterpret_cast<uint16_t*>(pixel_address(*weights_, x, y)) : nullptr;
-        format_.draw_partial(pixel_address(dest_, x, y), weights, lines,
+        uint8_t* const dst = pixel_address(dest_, x, y);
+        uint16_t* const weights = weights_at(x, y);
+        const auto pixels = static_cast<size_t>(end - begin);
+        line_kernels.prefetch(dst + later_pixels(), pixels * static_cast<size_t>(dest_.bytes_per_pixel), 0, 1);
+        if (weights)
+            line_kernels.prefetch(reinterpret_cast<uint8_t*>(weights) + ptrdiff_t{weights_->pitch} * line_step_,
+                                  pixels * sizeof(uint16_t), 0, 1);
+        format_.draw_partial(dst, weights, lines,
                              {end - begin, columns.span(begin), mapping_.columns.step, x % 2 != 0});
     }
-
-    static constexpr int32_t kMostBytes = 2;  ///< of a pixel that goes through line_
 
     const Bitmap& dest_;
     const Bitmap* const weights_;
@@ -140,9 +136,9 @@ private:
     const Format format_;
     Extent extent_;
     int32_t lines_;
+    int32_t line_step_;  ///< from a drawn line to the next
     const uint8_t* source_end_;
     StoreKind store_;
-    alignas(kCacheLineBytes) uint8_t line_[kMostBytes * kAreaPixels];
     AreaScratch scratch_;
 };
 
