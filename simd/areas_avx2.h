@@ -23,11 +23,16 @@ struct Areas256 : Lanes256 {
         return bit_xor(both, words(0x8080));
     }
     static V bytes_of_two(const void* a, const void* b) {
-        const __m128i both = _mm_unpacklo_epi8(_mm_loadl_epi64(static_cast<const __m128i*>(a)),
-                                               _mm_loadl_epi64(static_cast<const __m128i*>(b)));
-        const V order = _mm256_setr_epi8(0, 1, 0, 1, 2, 3, 2, 3, 4, 5, 4, 5, 6, 7, 6, 7,  //
-                                         8, 9, 8, 9, 10, 11, 10, 11, 12, 13, 12, 13, 14, 15, 14, 15);
-        return bit_xor(_mm256_shuffle_epi8(_mm256_broadcastsi128_si256(both), order), words(0x8080));
+        const V order_a = _mm256_setr_epi8(0, -1, 0, -1, 1, -1, 1, -1, 2, -1, 2, -1, 3, -1, 3, -1,  //
+                                           4, -1, 4, -1, 5, -1, 5, -1, 6, -1, 6, -1, 7, -1, 7, -1);
+        const V order_b = _mm256_setr_epi8(-1, 0, -1, 0, -1, 1, -1, 1, -1, 2, -1, 2, -1, 3, -1, 3,  //
+                                           -1, 4, -1, 4, -1, 5, -1, 5, -1, 6, -1, 6, -1, 7, -1, 7);
+        const V both = bit_or(_mm256_shuffle_epi8(eight_bytes_twice(a), order_a),
+                              _mm256_shuffle_epi8(eight_bytes_twice(b), order_b));
+        return bit_xor(both, words(0x8080));
+    }
+    static V eight_bytes_twice(const void* p) {
+        return _mm256_broadcastq_epi64(_mm_loadl_epi64(static_cast<const __m128i*>(p)));
     }
     static V first_words_twice(V v) {
         const V halves = _mm256_permute4x64_epi64(v, 0x10);

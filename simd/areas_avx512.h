@@ -20,10 +20,13 @@ struct Areas512 : Lanes512 {
         return bit_xor(_mm512_ternarylogic_epi32(words(0xff), shift_right<8>(a), b, 0xca), words(0x8080));
     }
     static V bytes_of_two(const void* a, const void* b) {
-        const __m128i x = _mm_loadu_si128(static_cast<const __m128i*>(a));
-        const __m128i y = _mm_loadu_si128(static_cast<const __m128i*>(b));
-        const __m256i both = _mm256_setr_m128i(_mm_unpacklo_epi8(x, y), _mm_unpackhi_epi8(x, y));
-        return bit_xor(first_words_twice(_mm512_castsi256_si512(both)), words(0x8080));
+        const V order = _mm512_setr_epi32(0x00000000, 0x01010101, 0x02020202, 0x03030303, 0x04040404, 0x05050505,
+                                          0x06060606, 0x07070707, 0x08080808, 0x09090909, 0x0a0a0a0a, 0x0b0b0b0b,
+                                          0x0c0c0c0c, 0x0d0d0d0d, 0x0e0e0e0e, 0x0f0f0f0f);
+        const V first = _mm512_shuffle_epi8(_mm512_broadcast_i32x4(quarter(a)), order);
+        constexpr __mmask64 kOdd = 0xaaaaaaaaaaaaaaaa;
+        const V both = _mm512_mask_shuffle_epi8(first, kOdd, _mm512_broadcast_i32x4(quarter(b)), order);
+        return bit_xor(both, words(0x8080));
     }
     static V first_words_twice(V v) { return _mm512_permutexvar_epi16(load(kTwice), v); }
     static V last_words_twice(V v) { return _mm512_permutexvar_epi16(load(kTwice + 32), v); }
@@ -46,7 +49,7 @@ struct Areas512 : Lanes512 {
                                                      quarter(plane + base[12 + kDword]), 1);
         return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
     }
-    static __m128i quarter(const uint32_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+    static __m128i quarter(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
     static V sums_of_quarters(V a, V b, V c, V d) {
         const V ab = add_dwords(_mm512_unpacklo_epi32(a, b), _mm512_unpackhi_epi32(a, b));
         const V cd = add_dwords(_mm512_unpacklo_epi32(c, d), _mm512_unpackhi_epi32(c, d));

@@ -44,11 +44,10 @@ public:
         fills_ = share((weight_bytes - head) / kCacheLineBytes, steps);
     }
 
+    /// Belongs at the head of every step. Every kRest-th one does something.
     void step() {
-        for (ptrdiff_t i = 0; i < asks_ && lines_ > 0; ++i)
-            ask();
-        for (ptrdiff_t i = 0; i < fills_ && weights_end_ - weights_ >= kCacheLineBytes; ++i)
-            fill_line();
+        if (++step_ % kRest == 0)
+            run();
     }
     /// What the steps have left of the weights.
     void finish() {
@@ -58,7 +57,18 @@ public:
     }
 
 private:
-    static ptrdiff_t share(ptrdiff_t all, ptrdiff_t steps) { return (all + steps - 1) / steps; }
+    static constexpr uint32_t kRest = 4;
+
+    void run() {
+        for (ptrdiff_t i = 0; i < asks_ && lines_ > 0; ++i)
+            ask();
+        for (ptrdiff_t i = 0; i < fills_ && weights_end_ - weights_ >= kCacheLineBytes; ++i)
+            fill_line();
+    }
+    static ptrdiff_t share(ptrdiff_t all, ptrdiff_t steps) {
+        const ptrdiff_t runs = steps / kRest + 1;
+        return (all + runs - 1) / runs;
+    }
 
     void ask() {
         L::prefetch_far(later_ + x_);
@@ -87,7 +97,8 @@ private:
     const uint8_t* later_;
     ptrdiff_t pitch_, bytes_, x_ = 0;
     int32_t lines_;
-    ptrdiff_t asks_, fills_;  ///< with each step, cache lines
+    uint32_t step_ = 0;
+    ptrdiff_t asks_, fills_;  ///< cache lines of a run
     uint8_t *weights_, *weights_end_;
     StoreKind store_;
 };
