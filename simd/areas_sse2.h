@@ -52,6 +52,11 @@ struct Areas128 : Lanes128 {
         return add_dwords(_mm_unpacklo_epi64(ab, cd), _mm_unpackhi_epi64(ab, cd));
     }
 
+    static V sums_of_neighbours(V a, V b) {
+        const __m128 x = _mm_castsi128_ps(a), y = _mm_castsi128_ps(b);
+        return add_dwords(_mm_castps_si128(_mm_shuffle_ps(x, y, 0x88)), _mm_castps_si128(_mm_shuffle_ps(x, y, 0xdd)));
+    }
+
     static V dwords_to_words(V a, V b) { return _mm_packs_epi32(a, b); }
     static V dwords_to_bytes(V a, V b, V c, V d) {
         return _mm_packus_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d));

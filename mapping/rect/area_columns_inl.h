@@ -51,6 +51,21 @@ private:
     }
 };
 
+/// This one has columns that go on regularly, two for each pixel: the next pixel's kStride, 1 or 2, further on.
+template <class L, int kStride>
+struct ByScale {
+    using V = typename L::V;
+
+    template <bool kMore, class Plan>
+    static V group_sums(const uint32_t* plane, const Plan& plan, const AreaScratch& s, int32_t group) {
+        const uint32_t* const from = plane + plan.base[0] + ptrdiff_t{group} * kStride * L::kDwords;
+        const ptrdiff_t at = ptrdiff_t{group} * 2 * L::kDwords, second = kStride == 1 ? 1 : L::kDwords;
+        const V a = weighted<L, kMore>(L::load(from), plan, s, at);
+        const V b = weighted<L, kMore>(L::load(from + second), plan, s, at + L::kDwords);
+        return kStride == 1 ? L::add_dwords(a, b) : L::sums_of_neighbours(a, b);
+    }
+};
+
 /// This one looks them up in registers, kColumns for each pixel. kOneWindow: one window holds all of them.
 template <class L, int kColumns, bool kOneWindow>
 struct ByLookup {

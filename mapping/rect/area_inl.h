@@ -16,7 +16,8 @@ namespace {
 
 template <class L, class Format>
 void plan_pixels(const AreaColumns& c, AreaScratch& s) {
-    if (choose_way<L>(c.spans[0].first, columns_end(c.spans, c.count), c.count, reach_of<L>(c.spans, c.count), s))
+    choose_way<L>(c.spans[0].first, columns_end(c.spans, c.count), c.count, reach_of<L>(c.spans, c.count), s);
+    if (s.way != AreaWay::kOneByOne)
         make_plan<L, L::kBytes / Format::kBytes>(c.spans, c.count, c.inner_weight, s.first, s, s.pixels, nullptr);
     L::finish();
 }
@@ -25,31 +26,35 @@ template <class L>
 void plan_yuy2(const AreaColumns& c, AreaScratch& s) {
     constexpr int kPixels = L::kBytes / Yuy2::kBytes;
     const int32_t pairs = c.count / 2;
-    const Reach luma = reach_of<L>(c.spans, c.count), chroma = reach_of<L>(c.pair_spans, pairs);
-    const Reach both = {luma.columns > chroma.columns ? luma.columns : chroma.columns,
-                        luma.distance > chroma.distance ? luma.distance : chroma.distance};
-    if (choose_way<L>(2 * c.pair_spans[0].first, 2 * columns_end(c.pair_spans, pairs), c.count, both, s)) {
+    choose_way<L>(2 * c.pair_spans[0].first, 2 * columns_end(c.pair_spans, pairs), c.count,
+                  reach_of_both(reach_of<L>(c.spans, c.count), reach_of<L>(c.pair_spans, pairs)), s);
+    if (s.way != AreaWay::kOneByOne) {
         make_plan<L, kPixels>(c.spans, c.count, c.inner_weight, s.first, s, s.pixels, nullptr);
         make_plan<L, kPixels / 2>(c.pair_spans, pairs, c.inner_pair_weight, s.first / 2, s, s.pairs, s.more_weights);
     }
     L::finish();
 }
 
+/// The kernel for a way.
 template <class L, class Format, bool kMore>
-void draw_planned(const AreaTarget& target, int32_t count, uint32_t total, Errands<L>& errands, AreaScratch& s) {
-    if constexpr (L::kLooksUp) {
-        if (s.looked_up) {
-            const auto draw = s.reach == 2   ? s.one_window ? draw_columns<L, Format, ByLookup<L, 2, true>, kMore>
-                                                            : draw_columns<L, Format, ByLookup<L, 2, false>, kMore>
-                                : s.one_window ? draw_columns<L, Format, ByLookup<L, 3, true>, kMore>
-                                             : draw_columns<L, Format, ByLookup<L, 3, false>, kMore>;
-            return draw(target, count, total, errands, s);
-        }
+auto columns_drawer(const AreaScratch& s) {
+    switch (s.way) {
+        case AreaWay::kSameScale: return draw_columns<L, Format, ByScale<L, 1>, kMore>;
+        case AreaWay::kHalfScale: return draw_columns<L, Format, ByScale<L, 2>, kMore>;
+        case AreaWay::kLookUp:
+            if constexpr (L::kLooksUp)
+                return s.reach == 2 ? draw_columns<L, Format, ByLookup<L, 2, false>, kMore>
+                                    : draw_columns<L, Format, ByLookup<L, 3, false>, kMore>;
+            [[fallthrough]];
+        case AreaWay::kLookUpOneWindow:
+            if constexpr (L::kLooksUp)
+                return s.reach == 2 ? draw_columns<L, Format, ByLookup<L, 2, true>, kMore>
+                                    : draw_columns<L, Format, ByLookup<L, 3, true>, kMore>;
+            [[fallthrough]];
+        default:
+            return blocks_of(s) == 1 ? draw_columns<L, Format, ByBlocks<L, 1>, kMore>
+                                     : draw_columns<L, Format, ByBlocks<L, 0>, kMore>;
     }
-    if (blocks_of(s) == 1)
-        draw_columns<L, Format, ByBlocks<L, 1>, kMore>(target, count, total, errands, s);
-    else
-        draw_columns<L, Format, ByBlocks<L, 0>, kMore>(target, count, total, errands, s);
 }
 
 /// 128 times the weights of a pixel that is whole across.
@@ -61,18 +66,16 @@ uint32_t total_of(const AreaLines& lines) {
 template <class L, class Format>
 void draw(const AreaTarget& target, const AreaLines& lines, const AreaColumns& columns, AreaScratch& s,
           AreaKernels::Draw* one_by_one) {
-    if (!s.planned)
+    if (s.way == AreaWay::kOneByOne)
         return one_by_one(target, lines, columns, s);
     const ptrdiff_t offset = ptrdiff_t{s.first} * Format::kBytes, bytes = ptrdiff_t{s.columns} * Format::kBytes;
     const ptrdiff_t line_steps = (bytes + kStepBytes - 1) / kStepBytes * rounds_of(lines);
     const ptrdiff_t column_steps = ptrdiff_t{columns.count} * Format::kBytes / L::kBytes;
     Errands<L> errands(lines, offset, bytes, target, columns.count, line_steps + column_steps);
     sum_span<L, typename Format::Lines>(lines, offset, bytes, errands, s);
-    const uint32_t total = total_of(lines);
-    if (Format::kPairs && s.has_more)
-        draw_planned<L, Format, Format::kPairs>(target, columns.count, total, errands, s);
-    else
-        draw_planned<L, Format, false>(target, columns.count, total, errands, s);
+    const auto draw_all = Format::kPairs && s.has_more ? columns_drawer<L, Format, Format::kPairs>(s)
+                                                       : columns_drawer<L, Format, false>(s);
+    draw_all(target, columns.count, total_of(lines), errands, s);
     errands.finish();
     L::finish();
 }

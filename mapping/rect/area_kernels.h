@@ -14,23 +14,31 @@ namespace zepbmp {
 constexpr int32_t kLowBits = 3;     ///< of a line's weight, in the low word
 constexpr int32_t kStepBytes = 64;  ///< of a line, that are added up at a time
 
-/// How columns become pixels; a group of them fills a register.
+/// How a run's pixels come by their columns.
+enum class AreaWay : uint8_t {
+    kOneByOne,         ///< without a plan
+    kSameScale,        ///< pixel i has two columns, from the i-th on
+    kHalfScale,        ///< pixel i has two columns, from the 2i-th on
+    kLookUp,           ///< pixels look them up among registers of columns, kMostLookedUp at most
+    kLookUpOneWindow,  ///< all of a group's at once
+    kBlocks,           ///< each pixel reads blocks of them
+};
+
+/// A run's columns and their weights; a group of pixels fills a register.
 template <int32_t kPixels>
 struct AreaPlan {
-    int32_t base[kPixels];                ///< the first column of each pixel; where they are looked up, of each group
-    alignas(64) uint32_t index[kPixels];  ///< where they are looked up: from the group's first column to a pixel's
-    /// A pair of words each: of every group, for each block of columns (where they are looked up, for each column), as
-    /// the registers come.
+    int32_t base[kPixels];  ///< the first column: kBlocks of each pixel, kLookUp of each group, else of all
+    alignas(64) uint32_t index[kPixels];  ///< kLookUp: from the group's first column to a pixel's
+    /// A pair of words each, as the registers come: of each group and each of a pixel's columns, kHalfScale of each two
+    /// registers of columns, kBlocks of each group and block.
     alignas(64) uint32_t weights[kAreaBlockColumns * kPixels];
 };
 
 struct AreaScratch {
     int32_t first, columns;  ///< source columns under the run
     int32_t reach;           ///< columns of a pixel, at most
-    bool planned;
-    bool looked_up;
-    bool one_window;  ///< looked up: all of a group's columns
-    bool has_more;    ///< some of more_weights are not 0
+    AreaWay way;
+    bool has_more;  ///< some of more_weights are not 0
     AreaPlan<kAreaPixels> pixels;
     AreaPlan<kAreaPixels / 2> pairs;  ///< of YUY2: pairs of pixels from pairs of columns
     /// What pairs' weights above kMostWeight are too large by.
