@@ -289,13 +289,33 @@ void BMP_CALL bmp_alpha_circle(Bitmap* bitmap, float cx, float cy, float radius,
 void BMP_CALL bmp_map_polygon(Bitmap* dst, Bitmap* dst2, Bitmap* aux, const void* tex_a, const void* tex_b,
                               const BmpVertex* vertices, int32_t count, uint32_t flags);
 
-/* Resamples a rectangle of src onto a rectangle of dest by exact area weights.
- *   weight_map   16-bit coverage of the destination, read and written; null for RGB8, needed for YUY2 and RGBQ
- *   dx0..dy1     destination rectangle, pixels and lines; ends exclusive
- *   src_size     null; otherwise nothing is drawn
- *   sx0..sy1     source rectangle
- *   flags        field flags, BMP_FIELD_ODD only with BMP_FIELD
- * caller   the rectangles' right and bottom ends lie inside their bitmaps; src has dest's format. */
+/* Resamples a rectangle of src onto a rectangle of dest: each destination pixel becomes the average of the source under
+ * it, weighted by exact overlaps. The format is that of dest, RGB8, RGBQ or YUY2.
+ *   weight_map      RGBQ, YUY2: the destination's coverage, PWRW, read and written; null draws nothing
+ *                   RGB8: null; otherwise nothing is drawn
+ *   dx0 dy0 dx1 dy1 destination rectangle, pixels and lines; ends exclusive; truncated to 1/4096 pixel and 1/2048 line,
+ *                   the ends rounded up
+ *   src_size        null; otherwise nothing is drawn
+ *   sx0 sy0 sx1 sy1 source rectangle; source pixels become steps of whole 1/4096 pixels and 1/2048 lines of the
+ *                   destination, rounded up. Where sx1 or sy1 is not beyond sx0 or sy0 a step is 1.
+ *   flags           BMP_FIELD        draws the lines of BMP_FIELD_ODD's parity only; of a source that was created as
+ *                                    interlaced (create_flags 2 or 3) it samples that field, whose lines are taken at
+ *                                    their places in the frame
+ *                   BMP_FIELD_ODD    only with BMP_FIELD
+ *   A start left of or above its bitmap, or beyond its end, is moved to the edge, and the other rectangle's start in
+ *   proportion; scales do not change. Ends stay. A source pixel past the last one reads as the last one.
+ *
+ *   RGB8      A byte is the average times coverage: at the rectangle's edges it fades toward 0. Indices count as
+ *             intensities.
+ *   RGBQ      A whole pixel is the average, its weight 4096. One covered in part is mixed with what dest holds by
+ *             coverage and the weight that is there, and the weights add up, modulo 65536: clear the map before a new
+ *             picture. Byte 3 stays.
+ *   YUY2      The same; mixed are also the first pixel of every line, until a pair begins, and an odd one at the end,
+ *             and a line that is covered in part: there a weight goes beyond 4096 where it was not 0.
+ *   The other pixel of a YUY2 bitmap's last pair stands in the padding where the width is odd; it counts as a pixel.
+ *   An empty rectangle and other formats draw nothing. Nothing is drawn outside dest or weight_map.
+ * caller   dx1 and dy1 lie inside dest and sx1 and sy1 inside src; src has dest's format; weight_map has dest's size and
+ *          16-bit pixels. dest, weight_map and src are distinct. Coordinates are finite; others give some picture. */
 void BMP_CALL bmp_map_rect(Bitmap* dest, Bitmap* weight_map, float dx0, float dy0, float dx1, float dy1,
                            const Bitmap* src, const int32_t* src_size, float sx0, float sy0, float sx1, float sy1,
                            uint32_t flags);
