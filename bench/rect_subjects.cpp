@@ -13,6 +13,7 @@ namespace {
 
 constexpr Size kEighth = {480, 270, false}, kHalf = {960, 540, false}, kHd = {1280, 720, false},
                kThreeQuarters = {1440, 810, false}, kFullHd = {1920, 1080, false}, kUhd = {3840, 2160, false};
+constexpr Size kSmall = {480, 270, true}, kSmallTwoThirds = {320, 180, true}, kSmallHalf = {240, 135, true};
 /// Of 1920 x 1080; widths of YUY2 are multiples of 8, as its planes have no padding.
 constexpr Size kFraction = {1401, 788, false}, kFractionYuy2 = {1400, 788, false};
 
@@ -66,7 +67,7 @@ Subject mapped(std::string name, int32_t format, Size from, Size to, Part part, 
         .name = size_name(name.c_str(), to),
         .pixels = pixels,
         .bytes = bytes,
-        .cached = false,
+        .cached = to.cached,
         .frames = frames_of(format, from, to),
         .written = has_map ? 2u : 1u,
         .call = [draw](const FrameSet& f) { draw(bmp_map_rect, f); },
@@ -169,6 +170,12 @@ std::vector<Subject> rect_subjects() {
         scaled("rect_rgb8_fraction", kRgb8, kFullHd, kFraction, kNone, {.mpixels = 3500, .peer = {0, 3}}),
         scaled("rect_rgb8_4to3", kRgb8, kFullHd, kThreeQuarters, kNone, {}),
         scaled("rect_rgb8_2to1", kRgb8, kFullHd, kHalf, kBox, {.mpixels = 6000, .peer = {1.5}}),
+        scaled("rect_rgbq_3to2", kRgbq, kSmall, kSmallTwoThirds, kNone, {}),
+        scaled("rect_rgbq_2to1", kRgbq, kSmall, kSmallHalf, kBox, {}),
+        scaled("rect_yuy2_3to2", kYuy2, kSmall, kSmallTwoThirds, kNone, {}),
+        scaled("rect_yuy2_2to1", kYuy2, kSmall, kSmallHalf, kBox, {}),
+        scaled("rect_rgb8_3to2", kRgb8, kSmall, kSmallTwoThirds, kNone, {}),
+        scaled("rect_rgb8_2to1", kRgb8, kSmall, kSmallHalf, kBox, {}),
     };
 }
 

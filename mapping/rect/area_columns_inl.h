@@ -93,16 +93,14 @@ private:
     }
 };
 
-/// A group's means, (total - sums) >> kBits. The total is what 128 times all weights comes to, and half a unit where
-/// means are rounded.
+/// A group's means, (total - sums) >> kBits. The total is kSampleZero times all weights, and half a unit where means
+/// are rounded.
 template <class L, class W, int kBits, bool kMore = false, class Plan>
 typename L::V group_means(const uint32_t* plane, const Plan& plan, const AreaScratch& s, int32_t group,
                           typename L::V total) {
     return L::template shift_right_dwords<kBits>(
         L::sub_dwords(total, W::template group_sums<kMore>(plane, plan, s, group)));
 }
-
-constexpr int kPixelBits = 23;  // of a whole pixel's weights, 4096 * 2048
 
 struct Rgbq {
     static constexpr int kBytes = 4;
@@ -114,9 +112,9 @@ struct Rgbq {
     template <class L, class W, bool kMore>
     static typename L::V block(const AreaScratch& s, int32_t block, uint32_t total, typename L::V old) {
         const auto all = L::dwords(total);
-        const auto blue = group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, block, all);
-        const auto green = group_means<L, W, kPixelBits>(s.plane[1], s.pixels, s, block, all);
-        const auto red = group_means<L, W, kPixelBits>(s.plane[2], s.pixels, s, block, all);
+        const auto blue = group_means<L, W, kAreaBits>(s.plane[0], s.pixels, s, block, all);
+        const auto green = group_means<L, W, kAreaBits>(s.plane[1], s.pixels, s, block, all);
+        const auto red = group_means<L, W, kAreaBits>(s.plane[2], s.pixels, s, block, all);
         const auto pixels =
             L::bit_or(L::bit_or(blue, L::template shift_left_dwords<8>(green)), L::template shift_left_dwords<16>(red));
         return L::bit_or(pixels, L::bit_and(old, L::dwords(0xff000000)));
@@ -131,13 +129,13 @@ struct Yuy2 {
 
     template <class L, class W, bool kMore>
     static typename L::V block(const AreaScratch& s, int32_t block, uint32_t total, typename L::V) {
-        const auto luma_total = L::dwords(total + (1u << (kPixelBits - 1)));
-        const auto chroma_total = L::dwords(2 * total + (1u << kPixelBits));
+        const auto luma_total = L::dwords(total + (1u << (kAreaBits - 1)));
+        const auto chroma_total = L::dwords(2 * total + (1u << kAreaBits));
         const auto luma =
-            L::dwords_to_words(group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 2 * block, luma_total),
-                               group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 2 * block + 1, luma_total));
-        const auto u = group_means<L, W, kPixelBits + 1, kMore>(s.plane[1], s.pairs, s, block, chroma_total);
-        const auto v = group_means<L, W, kPixelBits + 1, kMore>(s.plane[2], s.pairs, s, block, chroma_total);
+            L::dwords_to_words(group_means<L, W, kAreaBits>(s.plane[0], s.pixels, s, 2 * block, luma_total),
+                               group_means<L, W, kAreaBits>(s.plane[0], s.pixels, s, 2 * block + 1, luma_total));
+        const auto u = group_means<L, W, kAreaBits + 1, kMore>(s.plane[1], s.pairs, s, block, chroma_total);
+        const auto v = group_means<L, W, kAreaBits + 1, kMore>(s.plane[2], s.pairs, s, block, chroma_total);
         return L::bit_or(luma, L::bit_or(L::template shift_left_dwords<8>(u), L::template shift_left_dwords<24>(v)));
     }
 };
@@ -151,10 +149,10 @@ struct Rgb8 {
     template <class L, class W, bool kMore>
     static typename L::V block(const AreaScratch& s, int32_t block, uint32_t total, typename L::V) {
         const auto all = L::dwords(total);
-        return L::dwords_to_bytes(group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 4 * block, all),
-                                  group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 4 * block + 1, all),
-                                  group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 4 * block + 2, all),
-                                  group_means<L, W, kPixelBits>(s.plane[0], s.pixels, s, 4 * block + 3, all));
+        return L::dwords_to_bytes(group_means<L, W, kAreaBits>(s.plane[0], s.pixels, s, 4 * block, all),
+                                  group_means<L, W, kAreaBits>(s.plane[0], s.pixels, s, 4 * block + 1, all),
+                                  group_means<L, W, kAreaBits>(s.plane[0], s.pixels, s, 4 * block + 2, all),
+                                  group_means<L, W, kAreaBits>(s.plane[0], s.pixels, s, 4 * block + 3, all));
     }
 };
 

@@ -57,10 +57,11 @@ auto columns_drawer(const AreaScratch& s) {
     }
 }
 
-/// 128 times the weights of a pixel that is whole across.
+/// kSampleZero times the weights of a pixel that is whole across.
 uint32_t total_of(const AreaLines& lines) {
     const int32_t inner = lines.span.count > 2 ? (lines.span.count - 2) * lines.inner_weight : 0;
-    return static_cast<uint32_t>(lines.span.first_weight + inner + lines.span.last_weight) * (kMostWeight * 128u);
+    return static_cast<uint32_t>(lines.span.first_weight + inner + lines.span.last_weight) *
+           (kColumnUnits * kSampleZero);
 }
 
 template <class L, class Format>

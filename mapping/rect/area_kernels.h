@@ -11,8 +11,9 @@
 
 namespace zepbmp {
 
-constexpr int32_t kLowBits = 3;     ///< of a line's weight, in the low word
-constexpr int32_t kStepBytes = 64;  ///< of a line, that are added up at a time
+constexpr uint32_t kSampleZero = 128;  ///< samples count from here
+constexpr int32_t kLowBits = 3;        ///< of a line's weight, in the low word
+constexpr int32_t kStepBytes = 64;     ///< of a line, that are added up at a time
 
 /// How a run's pixels come by their columns.
 enum class AreaWay : uint8_t {

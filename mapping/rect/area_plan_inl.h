@@ -3,13 +3,14 @@
 #pragma once
 
 #include "mapping/rect/area_kernels.h"
+#include "mapping/rect/units.h"
 
 namespace zepbmp {
 namespace {
 
 constexpr int32_t kMostLookedUp = 3;  ///< columns of a pixel
 
-constexpr int32_t kMostWeight = 4096;  ///< of one multiply-add
+constexpr int32_t kMostWeight = kColumnUnits;  ///< of one multiply-add
 
 /// The source pixel (or pair) behind the last one that a run covers.
 int32_t columns_end(const AreaSpan* spans, int32_t count) { return spans[count - 1].first + spans[count - 1].count; }

@@ -1,6 +1,7 @@
 #include "mapping/rect/geometry.h"
 
 #include "core/arithmetic.h"
+#include "mapping/rect/units.h"
 
 namespace zepbmp {
 namespace {

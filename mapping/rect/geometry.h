@@ -9,9 +9,6 @@
 
 namespace zepbmp {
 
-constexpr int32_t kColumnUnits = 4096;  ///< of a destination pixel, across
-constexpr int32_t kLineUnits = 2048;    ///< of a destination line, down
-
 /// A rectangle in pixels and lines; pixel i covers i..i+1.
 struct FloatRect {
     float x0, y0, x1, y1;

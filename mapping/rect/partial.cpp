@@ -1,13 +1,12 @@
 #include "mapping/rect/partial.h"
 
-#include "core/pixels.h"
 #include "mapping/rect/area_sums.h"
+#include "mapping/rect/units.h"
 
 namespace zepbmp {
 namespace {
 
-constexpr int kLineBits = 11;  // of a line's weights
-constexpr uint32_t kWholePixel = kWeightFull << kLineBits;
+constexpr uint32_t kWholePixel = 1u << kAreaBits;
 
 /// (sum + old * weight * 2^11) / (total + weight * 2^11)
 struct Mixture {

@@ -12,8 +12,8 @@ struct Extent {
     int32_t whole_begin, whole_end, end;
 };
 
-/// Of pixels that are drawn `together`, 1 or 2, from a multiple of that number on. The first pixel of a line of pairs is
-/// never a whole one. Nothing is drawn from the destination's pixel `width` on.
+/// Of pixels that are drawn `together`, 1 or 2, from a multiple of that number on. The first pixel of a line of pairs
+/// is never a whole one. Nothing is drawn from the destination's pixel `width` on.
 Extent extent_of(const Axis& columns, int32_t width, int32_t together);
 
 /// Part of an extent: `begin` .. `end` - 1.
