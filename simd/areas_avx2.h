@@ -65,12 +65,15 @@ struct Areas256 : Lanes256 {
         return add_dwords(_mm256_unpacklo_epi64(ab, cd), _mm256_unpackhi_epi64(ab, cd));
     }
 
-    static V sums_of_neighbours(V a, V b) {
-        const __m256 x = _mm256_castsi256_ps(a), y = _mm256_castsi256_ps(b);
-        const V even = _mm256_castps_si256(_mm256_shuffle_ps(x, y, 0x88));
-        const V odd = _mm256_castps_si256(_mm256_shuffle_ps(x, y, 0xdd));
-        return _mm256_permute4x64_epi64(add_dwords(even, odd), 0xd8);
+    static V even_dwords(V a, V b) {
+        return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a), _mm256_castsi256_ps(b), 0x88));
     }
+    static V odd_dwords(V a, V b) {
+        return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a), _mm256_castsi256_ps(b), 0xdd));
+    }
+    static V in_order(V v) { return _mm256_permute4x64_epi64(v, 0xd8); }
+    static V sums_of_neighbours(V a, V b) { return in_order(add_dwords(even_dwords(a, b), odd_dwords(a, b))); }
+    static V words_to_bytes(V a, V b) { return in_order(_mm256_packus_epi16(a, b)); }
 
     static V dwords_to_words(V a, V b) { return _mm256_permute4x64_epi64(_mm256_packs_epi32(a, b), 0xd8); }
     static V dwords_to_bytes(V a, V b, V c, V d) {

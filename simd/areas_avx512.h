@@ -60,10 +60,19 @@ struct Areas512 : Lanes512 {
         return _mm512_permutex2var_epi32(load(window), index, load(window + 16));
     }
 
-    static V sums_of_neighbours(V a, V b) {
+    static V even_dwords(V a, V b) {
         const V even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+        return _mm512_permutex2var_epi32(a, even, b);
+    }
+    static V odd_dwords(V a, V b) {
         const V odd = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
-        return add_dwords(_mm512_permutex2var_epi32(a, even, b), _mm512_permutex2var_epi32(a, odd, b));
+        return _mm512_permutex2var_epi32(a, odd, b);
+    }
+    static V in_order(V v) { return v; }
+    static V sums_of_neighbours(V a, V b) { return add_dwords(even_dwords(a, b), odd_dwords(a, b)); }
+    static V words_to_bytes(V a, V b) {
+        const V packed = _mm512_packus_epi16(a, b);
+        return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), packed);
     }
 
     static V dwords_to_words(V a, V b) {

@@ -52,10 +52,15 @@ struct Areas128 : Lanes128 {
         return add_dwords(_mm_unpacklo_epi64(ab, cd), _mm_unpackhi_epi64(ab, cd));
     }
 
-    static V sums_of_neighbours(V a, V b) {
-        const __m128 x = _mm_castsi128_ps(a), y = _mm_castsi128_ps(b);
-        return add_dwords(_mm_castps_si128(_mm_shuffle_ps(x, y, 0x88)), _mm_castps_si128(_mm_shuffle_ps(x, y, 0xdd)));
+    static V even_dwords(V a, V b) {
+        return _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), 0x88));
     }
+    static V odd_dwords(V a, V b) {
+        return _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), 0xdd));
+    }
+    static V in_order(V v) { return v; }
+    static V sums_of_neighbours(V a, V b) { return add_dwords(even_dwords(a, b), odd_dwords(a, b)); }
+    static V words_to_bytes(V a, V b) { return _mm_packus_epi16(a, b); }
 
     static V dwords_to_words(V a, V b) { return _mm_packs_epi32(a, b); }
     static V dwords_to_bytes(V a, V b, V c, V d) {

@@ -156,9 +156,11 @@ struct Rgb8 {
     }
 };
 
-/// `count` pixels from planes that stand. `streams`: through the scratch line and past the caches.
-template <class L, class Format, class W, bool kMore>
-void draw_columns(const AreaTarget& target, int32_t count, uint32_t total, Errands<L>& errands, AreaScratch& scratch) {
+/// `count` pixels, register by register; where the target streams, through the scratch line and past the caches.
+/// `make(block, old)` gives a whole register, `make_rest(block, pixels, old)` the last one's first pixels.
+template <class L, class Format, class Make, class MakeRest>
+void store_pixels(const AreaTarget& target, int32_t count, Errands<L>& errands, AreaScratch& scratch, Make make,
+                  MakeRest make_rest) {
     const bool streams = !Format::kKeepsBytes && target.store == kStoreStreamed;
     uint8_t* const dst = streams ? scratch.line : target.pixels;
     const ptrdiff_t bytes = ptrdiff_t{count} * Format::kBytes;
@@ -171,17 +173,27 @@ void draw_columns(const AreaTarget& target, int32_t count, uint32_t total, Erran
             stream.drawn_to(x);
         else
             L::prefetch(dst + x + target.later_pixels);
-        L::store(dst + x, Format::template block<L, W, kMore>(scratch, block, total, L::load(dst + x)));
+        L::store(dst + x, make(block, L::load(dst + x)));
     }
     if (x < bytes) {
         const auto left = static_cast<size_t>(bytes - x);
         uint8_t rest[L::kBytes] = {};
         __builtin_memcpy(rest, dst + x, left);
-        L::store(rest, Format::template block<L, W, kMore>(scratch, block, total, L::load(rest)));
+        L::store(rest, make_rest(block, static_cast<int32_t>(bytes - x) / Format::kBytes, L::load(rest)));
         __builtin_memcpy(dst + x, rest, left);
     }
     if (streams)
         stream.finish();
+}
+
+/// `count` pixels from planes that stand.
+template <class L, class Format, class W, bool kMore>
+void draw_columns(const AreaTarget& target, int32_t count, uint32_t total, Errands<L>& errands, AreaScratch& scratch) {
+    using V = typename L::V;
+    const AreaScratch* const s = &scratch;
+    const auto make = [=](int32_t block, V old) { return Format::template block<L, W, kMore>(*s, block, total, old); };
+    store_pixels<L, Format>(target, count, errands, scratch, make,
+                            [=](int32_t block, int32_t, V old) { return make(block, old); });
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "mapping/rect/area_columns_inl.h"
 #include "mapping/rect/area_errands_inl.h"
+#include "mapping/rect/area_half_inl.h"
 #include "mapping/rect/area_lines_inl.h"
 #include "mapping/rect/area_plan_inl.h"
 
@@ -19,6 +20,7 @@ void plan_pixels(const AreaColumns& c, AreaScratch& s) {
     choose_way<L>(c.spans[0].first, columns_end(c.spans, c.count), c.count, reach_of<L>(c.spans, c.count), s);
     if (s.way != AreaWay::kOneByOne)
         make_plan<L, L::kBytes / Format::kBytes>(c.spans, c.count, c.inner_weight, s.first, s, s.pixels, nullptr);
+    s.halves = s.way == AreaWay::kHalfScale && are_halves(c.spans, c.count, kColumnUnits);
     L::finish();
 }
 
@@ -32,6 +34,8 @@ void plan_yuy2(const AreaColumns& c, AreaScratch& s) {
         make_plan<L, kPixels>(c.spans, c.count, c.inner_weight, s.first, s, s.pixels, nullptr);
         make_plan<L, kPixels / 2>(c.pair_spans, pairs, c.inner_pair_weight, s.first / 2, s, s.pairs, s.more_weights);
     }
+    s.halves = s.way == AreaWay::kHalfScale && c.spans[0].first == s.first &&
+               are_halves(c.spans, c.count, kColumnUnits) && are_halves(c.pair_spans, pairs, 2 * kColumnUnits);
     L::finish();
 }
 
@@ -70,13 +74,18 @@ void draw(const AreaTarget& target, const AreaLines& lines, const AreaColumns& c
     if (s.way == AreaWay::kOneByOne)
         return one_by_one(target, lines, columns, s);
     const ptrdiff_t offset = ptrdiff_t{s.first} * Format::kBytes, bytes = ptrdiff_t{s.columns} * Format::kBytes;
-    const ptrdiff_t line_steps = (bytes + kStepBytes - 1) / kStepBytes * rounds_of(lines);
     const ptrdiff_t column_steps = ptrdiff_t{columns.count} * Format::kBytes / L::kBytes;
+    const bool halves = s.halves && are_halves(lines);
+    const ptrdiff_t line_steps = halves ? 0 : (bytes + kStepBytes - 1) / kStepBytes * rounds_of(lines);
     Errands<L> errands(lines, offset, bytes, target, columns.count, line_steps + column_steps);
-    sum_span<L, typename Format::Lines>(lines, offset, bytes, errands, s);
-    const auto draw_all = Format::kPairs && s.has_more ? columns_drawer<L, Format, Format::kPairs>(s)
-                                                       : columns_drawer<L, Format, false>(s);
-    draw_all(target, columns.count, total_of(lines), errands, s);
+    if (halves) {
+        draw_halves<L, Format>(target, lines, columns.count, errands, s);
+    } else {
+        sum_span<L, typename Format::Lines>(lines, offset, bytes, errands, s);
+        const auto draw_all = Format::kPairs && s.has_more ? columns_drawer<L, Format, Format::kPairs>(s)
+                                                           : columns_drawer<L, Format, false>(s);
+        draw_all(target, columns.count, total_of(lines), errands, s);
+    }
     errands.finish();
     L::finish();
 }

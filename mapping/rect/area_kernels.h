@@ -39,6 +39,7 @@ struct AreaScratch {
     int32_t first, columns;  ///< source columns under the run
     int32_t reach;           ///< columns of a pixel, at most
     AreaWay way;
+    bool halves;    ///< kHalfScale with equal weights: where a line's are equal, too, its pixels are means of 2 x 2
     bool has_more;  ///< some of more_weights are not 0
     AreaPlan<kAreaPixels> pixels;
     AreaPlan<kAreaPixels / 2> pairs;  ///< of YUY2: pairs of pixels from pairs of columns
