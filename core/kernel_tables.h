@@ -185,6 +185,16 @@ struct AreaSpan {
     int32_t first_weight, last_weight;
 };
 
+/// The weight of a span's i-th one, where those inside have `inner_weight`; 0 behind the last one.
+static inline int32_t weight_of(const AreaSpan& span, int32_t i, int32_t inner_weight) {
+    return i >= span.count ? 0 : i == 0 ? span.first_weight : i + 1 == span.count ? span.last_weight : inner_weight;
+}
+
+/// All of a span's weights.
+static inline int32_t units_of(const AreaSpan& span, int32_t inner_weight) {
+    return span.first_weight + (span.count > 2 ? (span.count - 2) * inner_weight : 0) + span.last_weight;
+}
+
 /// What a destination line is made of. Its weights add up to at most 2048.
 struct AreaLines {
     const uint8_t* pixels;  ///< pixel 0 of the source's line 0
@@ -197,11 +207,14 @@ struct AreaLines {
 
 constexpr int32_t kAreaPixels = 1024;  ///< that a kernel gets at a time
 
-/// What vector kernels can take; they draw other runs pixel by pixel.
-constexpr int32_t kAreaColumns = 2560;  ///< source pixels under a run
-constexpr int32_t kAreaBlocks = 1024;   ///< blocks of kAreaBlockColumns of them, added up over a run's pixels, whose
-constexpr int32_t kAreaTogether = 64;   ///< number is rounded up to a multiple of this
+/// What vector kernels can take of source pixels under a run; other runs they draw pixel by pixel.
+constexpr int32_t kAreaColumns = 2560;
+/// Each pixel's source pixels are weighed in blocks of so many.
 constexpr int32_t kAreaBlockColumns = 4;
+/// Blocks of a run's pixels, the number of which counts as a multiple of those that fill a register.
+constexpr int32_t kAreaBlocks = 1024;
+/// The pixels of RGB8 that fill the widest register.
+constexpr int32_t kAreaTogether = 64;
 
 /// What destination pixels of one line are made of. A pixel's weights add up to 4096, a pair's to 8192.
 struct AreaColumns {
@@ -215,7 +228,7 @@ struct AreaColumns {
 /// Where a run of pixels goes, on one line.
 struct AreaTarget {
     uint8_t* pixels;
-    uint16_t* weights;       ///< one a pixel, to become 4096; null where there are none
+    uint16_t* weights;       ///< one a pixel, to become 4096; null in RGB8
     ptrdiff_t later_pixels;  ///< a hint: bytes to the pixels that the next call draws
     StoreKind store;
 };
@@ -224,8 +237,8 @@ struct AreaTarget {
 struct AreaScratch;
 
 /// Each byte becomes sum(byte * column's weight * line's weight) >> 23, the sums being exact. RGBQ leaves byte 3 as it
-/// is. YUY2 is rounded to nearest, luma as (sum + 2^22) >> 23, chroma, over its pair, as (sum + 2^23) >> 24; dst begins
-/// a pair, and there is no half one.
+/// is. YUY2 is rounded to nearest, luma as (sum + 2^22) >> 23, chroma, over its pair, as (sum + 2^23) >> 24; the first
+/// pixel begins a pair, and there is no half one.
 struct AreaKernels {
     void (*plan_rgbq)(const AreaColumns& columns, AreaScratch& scratch);
     void (*plan_yuy2)(const AreaColumns& columns, AreaScratch& scratch);

@@ -293,8 +293,7 @@ void BMP_CALL bmp_map_polygon(Bitmap* dst, Bitmap* dst2, Bitmap* aux, const void
  * it, weighted by exact overlaps. The format is that of dest, RGB8, RGBQ or YUY2.
  *   weight_map      RGBQ, YUY2: the destination's coverage, PWRW, read and written; null draws nothing
  *                   RGB8: null; otherwise nothing is drawn
- *   dx0 dy0 dx1 dy1 destination rectangle, pixels and lines; ends exclusive; truncated to 1/4096 pixel and 1/2048 line,
- *                   the ends rounded up
+ *   dx0 dy0 dx1 dy1 destination rectangle, pixels and lines; ends exclusive; truncated to 1/4096 pixel and 1/2048 line
  *   src_size        null; otherwise nothing is drawn
  *   sx0 sy0 sx1 sy1 source rectangle; source pixels become steps of whole 1/4096 pixels and 1/2048 lines of the
  *                   destination, rounded up. Where sx1 or sy1 is not beyond sx0 or sy0 a step is 1.
@@ -315,7 +314,8 @@ void BMP_CALL bmp_map_polygon(Bitmap* dst, Bitmap* dst2, Bitmap* aux, const void
  *   The other pixel of a YUY2 bitmap's last pair stands in the padding where the width is odd; it counts as a pixel.
  *   An empty rectangle and other formats draw nothing. Nothing is drawn outside dest or weight_map.
  * caller   dx1 and dy1 lie inside dest and sx1 and sy1 inside src; src has dest's format; weight_map has dest's size and
- *          16-bit pixels. dest, weight_map and src are distinct. Coordinates are finite; others give some picture. */
+ *          16-bit pixels. dest, weight_map and src are distinct. Coordinates lie within +-2^18 pixels and 2^19 lines; others, and what is not a number, give
+ *          some picture or none, inside dest and weight_map. Some 110 KB of stack are free. */
 void BMP_CALL bmp_map_rect(Bitmap* dest, Bitmap* weight_map, float dx0, float dy0, float dx1, float dy1,
                            const Bitmap* src, const int32_t* src_size, float sx0, float sy0, float sx1, float sy1,
                            uint32_t flags);

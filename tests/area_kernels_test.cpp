@@ -84,7 +84,7 @@ AreaSpan span_over(int64_t from, int64_t units, int64_t step, int64_t size) {
     return span;
 }
 
-int weight_of(const AreaSpan& span, int i, int inner_weight) {
+int weight_at(const AreaSpan& span, int i, int inner_weight) {
     return i == 0 ? span.first_weight : i + 1 == span.count ? span.last_weight : inner_weight;
 }
 
@@ -103,7 +103,7 @@ struct PixelRun {
     PixelRun& operator=(const PixelRun&) = delete;
 
     /// Whether a vector kernel's own memory has room for it.
-    bool fits(const Layout& layout) const {
+    bool fits(const Layout& layout, int register_bytes) const {
         const std::vector<AreaSpan>& outer = layout.together == 2 ? pair_spans : spans;
         const int last = outer.back().first + outer.back().count;
         int most = 0;
@@ -112,7 +112,8 @@ struct PixelRun {
                 most = std::max(most, span.count);
         }
         const int blocks = (most + kAreaBlockColumns - 1) / kAreaBlockColumns;
-        const int padded = (columns.count + kAreaTogether - 1) / kAreaTogether * kAreaTogether;
+        const int group = register_bytes / layout.bytes_per_pixel;
+        const int padded = (columns.count + group - 1) / group * group;
         return layout.together * (last - outer.front().first) <= kAreaColumns && padded * blocks <= kAreaBlocks;
     }
 
@@ -127,7 +128,7 @@ void model_run(const Layout& layout, uint8_t* dst, const AreaLines& lines, const
     std::vector<uint64_t> sums(static_cast<size_t>(end) * static_cast<size_t>(layout.bytes_per_pixel));
     for (int y = 0; y < lines.span.count; ++y) {
         const uint8_t* const line = lines.pixels + lines.pitch * (lines.span.first + y);
-        const auto weight = static_cast<uint64_t>(weight_of(lines.span, y, lines.inner_weight));
+        const auto weight = static_cast<uint64_t>(weight_at(lines.span, y, lines.inner_weight));
         for (size_t i = 0; i < sums.size(); ++i)
             sums[i] += weight * line[i];
     }
@@ -138,7 +139,7 @@ void model_run(const Layout& layout, uint8_t* dst, const AreaLines& lines, const
             const int inner_weight = channel.of_pairs ? columns.inner_pair_weight : columns.inner_weight;
             uint64_t sum = channel.rounded ? uint64_t{1} << (bits - 1) : 0;
             for (int k = 0; k < span.count; ++k)
-                sum += static_cast<uint64_t>(weight_of(span, k, inner_weight)) *
+                sum += static_cast<uint64_t>(weight_at(span, k, inner_weight)) *
                        sums[static_cast<size_t>(channel.offset + channel.stride * (span.first + k))];
             dst[channel.offset + channel.stride * i] = static_cast<uint8_t>(sum >> bits);
         }
@@ -254,10 +255,11 @@ protected:
     static const Layout& layout() { return std::get<1>(GetParam()); }
     static bool is_vector() { return set().kernels != &kAreaPlain; }
 
-    void plan(const PixelRun& run) {
+    void plan(const PixelRun& run, const std::string& context) {
         call_checked(area_kernels.*layout().plan, run.columns, std::ref(scratch_.get()));
         if (is_vector()) {
-            ASSERT_EQ(scratch_.get().way != AreaWay::kOneByOne, run.fits(layout()));
+            ASSERT_EQ(scratch_.get().way != AreaWay::kOneByOne, run.fits(layout(), set().needs.register_bytes))
+                << context;
         }
     }
 
@@ -290,7 +292,8 @@ protected:
 
     /// Lays out a run, a source and a few lines of it.
     void check_any_call(Random& random, int count) {
-        const int step = any_step(random, count);
+        const bool halves = random.chance(8);
+        const int step = halves ? kPixelUnits / 2 : any_step(random, count);
         count = std::min(count, std::max(2, static_cast<int>(int64_t{kMostTestedColumns} * step / kPixelUnits)));
         count -= count % layout().together;
         const int64_t units = int64_t{kPixelUnits} * count;
@@ -300,6 +303,8 @@ protected:
             from = -random.between(1, 2 * kPixelUnits);
         if (random.chance(20))
             from -= quotient_down(from, step) * step;
+        else if (random.chance(30))
+            from = quotient_down(from, step) * step;
         const auto touched = static_cast<int>(std::max<int64_t>(1, quotient_down(from + units - 1, step) + 1));
         const int beyond = random.chance(40) ? random.between(0, 80) : 0;
         const int size = random.chance(25) ? std::max(1, touched - random.between(1, 8)) : touched + beyond;
@@ -310,15 +315,18 @@ protected:
         source_.lay_out(random, line_bytes, random.chance(60) ? random.between(1, 20) : random.between(1, 300));
         if (random.chance(50))
             scratch_.spoil();
-        ASSERT_NO_FATAL_FAILURE(plan(run));
+        ASSERT_NO_FATAL_FAILURE(plan(run, how_to_repeat(random)));
         note_way();
 
         for (int i = random.between(1, 3); i > 0; --i) {
             const int all = random.chance(75) ? kLineUnits : random.between(1, kLineUnits);
-            const int line_step = any_line_step(random), bottom = line_step * source_.lines;
-            const int64_t line_from = random.chance(50) ? int64_t{line_step} * random.between(0, source_.lines - 1)
-                                                        : random.between(random.chance(20) ? -kLineUnits : 0,
-                                                                         std::max(0, bottom - kLineUnits));
+            const int line_step = halves && random.chance(70) ? kLineUnits / 2 : any_line_step(random);
+            const int bottom = line_step * source_.lines;
+            int64_t line_from = int64_t{line_step} * random.between(0, source_.lines - 1);
+            if (random.chance(25))
+                line_from = bottom - all;
+            else if (random.chance(40))
+                line_from = random.between(random.chance(20) ? -kLineUnits : 0, std::max(0, bottom - kLineUnits));
             const AreaLines lines = {.pixels = source_.pixels,
                                      .pitch = source_.pitch,
                                      .span = span_over(line_from, all, line_step, source_.lines),
@@ -326,6 +334,7 @@ protected:
                                      .end = source_.end,
                                      .later = random.between(0, source_.lines),
                                      .ahead = random.chance(50) ? 0 : random.between(1, 40)};
+            note_halves(lines);
             lay_out_target(random, count);
             std::ostringstream context;
             context << count << " pixels, step " << step << " from " << from << " of " << size << ", pitch "
@@ -339,12 +348,17 @@ protected:
     }
 
     void note_way() {
-        const AreaScratch& scratch = scratch_.get();
         if (!is_vector())
             return;
+        const AreaScratch& scratch = scratch_.get();
         ++ways_[static_cast<size_t>(scratch.way)];
         blocks_ += scratch.way == AreaWay::kBlocks && scratch.reach > kAreaBlockColumns;
         more_weights_ += scratch.has_more;
+    }
+
+    void note_halves(const AreaLines& lines) {
+        const bool two = lines.span.first_weight == kLineUnits / 2 && lines.span.last_weight == kLineUnits / 2;
+        halves_ += is_vector() && scratch_.get().halves && two;
     }
 
     /// The runs have gone every way that the set has.
@@ -357,6 +371,7 @@ protected:
             const bool exists = !looks_up || set().needs.register_bytes == 64;
             EXPECT_EQ(ways_[static_cast<size_t>(way)] > 0, exists) << "way " << static_cast<int>(way);
         }
+        EXPECT_GT(halves_, 0);
         EXPECT_GT(blocks_, 0);
         EXPECT_EQ(more_weights_ > 0, layout().together == 2);
     }
@@ -365,26 +380,25 @@ protected:
     Source source_;
     KernelPlane dst_, weights_;
     int ways_[6] = {};  ///< runs by AreaWay
-    int blocks_ = 0, more_weights_ = 0;
+    int halves_ = 0, blocks_ = 0, more_weights_ = 0;
 };
 
-// Every count up to 70, some around the largest one, others.
+// Mostly small counts, each of which comes many times; some around the largest one.
 TEST_P(AreaKernelsTest, AreTheSums) {
-    constexpr int kRounds = 48;
-    int call = 0;
-    for (int round = 0; round < rounds(kRounds); ++round) {
-        for (int small = 1; small <= 80; ++small) {
-            Random random(round_seed(call++));
-            int count = small <= 70   ? small
-                        : small <= 75 ? kAreaPixels - random.between(0, 70)
-                                      : random.between(70, kAreaPixels);
-            count = std::max(layout().together, count - count % layout().together);
-            check_any_call(random, count);
-            if (HasFailure())
-                return;
-        }
+    constexpr int kCalls = 4000;
+    const int calls = rounds(kCalls);
+    for (int call = 0; call < calls; ++call) {
+        Random random(round_seed(call));
+        int count = random.between(1, 70);
+        if (random.chance(6))
+            count = kAreaPixels - random.between(0, 70);
+        else if (random.chance(6))
+            count = random.between(70, kAreaPixels);
+        check_any_call(random, std::max(layout().together, count - count % layout().together));
+        if (HasFailure())
+            return;
     }
-    if (call >= 80 * kRounds)
+    if (calls >= kCalls)
         check_ways();
 }
 
@@ -420,7 +434,7 @@ TEST_P(AreaKernelsTest, AreWorkedOutByHand) {
                                  .later = 0,
                                  .ahead = 0};
         std::vector<uint8_t> dst(by_hand.drawn.size(), 9);
-        ASSERT_NO_FATAL_FAILURE(plan(run));
+        ASSERT_NO_FATAL_FAILURE(plan(run, by_hand.layout));
         call_checked(area_kernels.*layout().draw, AreaTarget{dst.data(), nullptr, 0, kStoreCached}, lines, run.columns,
                      std::ref(scratch_.get()));
         EXPECT_EQ(dst, by_hand.drawn);

@@ -29,7 +29,8 @@ public:
     /// `bytes` from `offset` on of the source's lines.
     Errands(const AreaLines& lines, ptrdiff_t offset, ptrdiff_t bytes, const AreaTarget& target, int32_t pixels,
             ptrdiff_t steps)
-        : later_(lines.pixels + lines.pitch * lines.later + offset),
+        : later_(reinterpret_cast<uintptr_t>(lines.pixels) +
+                 static_cast<uintptr_t>(lines.pitch * lines.later + offset)),
           pitch_(lines.pitch),
           bytes_(bytes),
           lines_(lines.ahead),
@@ -71,11 +72,11 @@ private:
     }
 
     void ask() {
-        L::prefetch_far(later_ + x_);
+        L::prefetch_far(reinterpret_cast<const void*>(later_ + static_cast<uintptr_t>(x_)));
         x_ += kCacheLineBytes;
         if (x_ >= bytes_) {
             x_ = 0;
-            later_ += pitch_;
+            later_ += static_cast<uintptr_t>(pitch_);
             --lines_;
         }
     }
@@ -94,7 +95,7 @@ private:
             __builtin_memcpy(p + i, &kFull, sizeof kFull);
     }
 
-    const uint8_t* later_;
+    uintptr_t later_;  ///< an address; lines ahead may be hints that lie outside
     ptrdiff_t pitch_, bytes_, x_ = 0;
     int32_t lines_;
     uint32_t step_ = 0;

@@ -18,7 +18,7 @@ bool are_halves(const AreaSpan* spans, int32_t count, int32_t units) {
 
 bool are_halves(const AreaLines& lines) { return are_halves(&lines.span, 1, kLineUnits); }
 
-/// Words of a and b at the same place added up.
+/// The even (odd) bytes of a and b added up, as words.
 template <class L>
 typename L::V even_sums(typename L::V a, typename L::V b) {
     return L::add(L::template even_bytes<0>(a), L::template even_bytes<0>(b));

@@ -17,9 +17,10 @@ namespace {
 
 template <class L, class Format>
 void plan_pixels(const AreaColumns& c, AreaScratch& s) {
-    choose_way<L>(c.spans[0].first, columns_end(c.spans, c.count), c.count, reach_of<L>(c.spans, c.count), s);
+    constexpr int kPixels = L::kBytes / Format::kBytes;
+    choose_way<L, kPixels>(c.spans[0].first, columns_end(c.spans, c.count), c.count, reach_of<L>(c.spans, c.count), s);
     if (s.way != AreaWay::kOneByOne)
-        make_plan<L, L::kBytes / Format::kBytes>(c.spans, c.count, c.inner_weight, s.first, s, s.pixels, nullptr);
+        make_plan<L, kPixels>(c.spans, c.count, c.inner_weight, s.first, s, s.pixels, nullptr);
     s.halves = s.way == AreaWay::kHalfScale && are_halves(c.spans, c.count, kColumnUnits);
     L::finish();
 }
@@ -28,14 +29,14 @@ template <class L>
 void plan_yuy2(const AreaColumns& c, AreaScratch& s) {
     constexpr int kPixels = L::kBytes / Yuy2::kBytes;
     const int32_t pairs = c.count / 2;
-    choose_way<L>(2 * c.pair_spans[0].first, 2 * columns_end(c.pair_spans, pairs), c.count,
-                  reach_of_both(reach_of<L>(c.spans, c.count), reach_of<L>(c.pair_spans, pairs)), s);
+    choose_way<L, kPixels>(2 * c.pair_spans[0].first, 2 * columns_end(c.pair_spans, pairs), c.count,
+                           reach_of_both(reach_of<L>(c.spans, c.count), reach_of<L>(c.pair_spans, pairs)), s);
     if (s.way != AreaWay::kOneByOne) {
         make_plan<L, kPixels>(c.spans, c.count, c.inner_weight, s.first, s, s.pixels, nullptr);
         make_plan<L, kPixels / 2>(c.pair_spans, pairs, c.inner_pair_weight, s.first / 2, s, s.pairs, s.more_weights);
     }
-    s.halves = s.way == AreaWay::kHalfScale && c.spans[0].first == s.first &&
-               are_halves(c.spans, c.count, kColumnUnits) && are_halves(c.pair_spans, pairs, 2 * kColumnUnits);
+    s.halves = s.way == AreaWay::kHalfScale && are_halves(c.spans, c.count, kColumnUnits) &&
+               are_halves(c.pair_spans, pairs, 2 * kColumnUnits);
     L::finish();
 }
 
@@ -63,9 +64,7 @@ auto columns_drawer(const AreaScratch& s) {
 
 /// kSampleZero times the weights of a pixel that is whole across.
 uint32_t total_of(const AreaLines& lines) {
-    const int32_t inner = lines.span.count > 2 ? (lines.span.count - 2) * lines.inner_weight : 0;
-    return static_cast<uint32_t>(lines.span.first_weight + inner + lines.span.last_weight) *
-           (kColumnUnits * kSampleZero);
+    return static_cast<uint32_t>(units_of(lines.span, lines.inner_weight)) * (kColumnUnits * kSampleZero);
 }
 
 template <class L, class Format>

@@ -29,11 +29,8 @@ template <class L>
 LinePairs<L> line_pairs(const AreaLines& lines, ptrdiff_t offset, int32_t from, int32_t count) {
     WeightedLine all[kMostLines + 1];
     for (int32_t i = 0; i < count; ++i) {
-        const int32_t at = from + i;
-        all[i].line = lines.pixels + lines.pitch * (lines.span.first + at) + offset;
-        all[i].weight = at == 0                      ? lines.span.first_weight
-                        : at + 1 == lines.span.count ? lines.span.last_weight
-                                                     : lines.inner_weight;
+        all[i].line = lines.pixels + lines.pitch * (lines.span.first + from + i) + offset;
+        all[i].weight = weight_of(lines.span, from + i, lines.inner_weight);
     }
     if (count == 1) {
         all[1] = {all[0].line, all[0].weight / 2};
@@ -145,7 +142,7 @@ void sum_lines(const LinePairs<L>& lines, ptrdiff_t bytes, const uint8_t* end, E
     }
     if (x == rounded)
         return;
-    uint8_t tail[2 * kPairs][kStepBytes];
+    uint8_t tail[2 * kPairs][kStepBytes] = {};
     const uint8_t* tails[2 * kPairs];
     for (int i = 0; i < 2 * kPairs; ++i) {
         __builtin_memcpy(tail[i], lines.line[i] + x, static_cast<size_t>(bytes - x));

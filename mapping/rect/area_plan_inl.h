@@ -15,10 +15,6 @@ constexpr int32_t kMostWeight = kColumnUnits;  ///< of one multiply-add
 /// The source pixel (or pair) behind the last one that a run covers.
 int32_t columns_end(const AreaSpan* spans, int32_t count) { return spans[count - 1].first + spans[count - 1].count; }
 
-int32_t weight_at(const AreaSpan& span, int32_t i, int32_t inner_weight) {
-    return i >= span.count ? 0 : i == 0 ? span.first_weight : i + 1 == span.count ? span.last_weight : inner_weight;
-}
-
 /// The words (-8 w, -w).
 uint32_t weight_words(int32_t weight) {
     return (static_cast<uint32_t>(-weight) << kLowBits & 0xffff) | static_cast<uint32_t>(-weight) << 16;
@@ -62,17 +58,22 @@ AreaWay way_of(int32_t columns, Reach reach) {
     return reach.distance + columns <= L::kWindow ? AreaWay::kLookUpOneWindow : AreaWay::kLookUp;
 }
 
-/// Settles how a run of `count` pixels over columns `first` .. `end` - 1 is drawn, one way for all its plans.
-template <class L>
+/// Settles how a run of `count` pixels over columns `first` .. `end` - 1 is drawn, one way for all its plans. They cover
+/// pixels up to a multiple of kMultiple.
+template <class L, int kMultiple>
 void choose_way(int32_t first, int32_t end, int32_t count, Reach reach, AreaScratch& scratch) {
     scratch.first = first;
     scratch.columns = end - first;
     scratch.reach = reach.columns < 2 ? 2 : reach.columns;
     scratch.has_more = false;
-    const int32_t padded = (count + kAreaTogether - 1) / kAreaTogether * kAreaTogether;
+    const int32_t padded = (count + kMultiple - 1) / kMultiple * kMultiple;
     const bool fits =
         scratch.columns <= kAreaColumns && scratch.reach <= kAreaColumns && padded * blocks_of(scratch) <= kAreaBlocks;
     scratch.way = fits ? way_of<L>(scratch.reach, reach) : AreaWay::kOneByOne;
+    if (!fits)
+        return;
+    for (auto& plane : scratch.plane)  // what is read behind the last column has no weight, but a value
+        __builtin_memset(plane + scratch.columns, 0, 2 * kStepBytes * sizeof plane[0]);
 }
 
 /// Where the weight of a pixel's column k stands, that of pixel `i` of a group.
@@ -108,10 +109,11 @@ void make_plan(const AreaSpan* spans, int32_t count, int32_t inner_weight, int32
         } else {
             if (in_group == 0)
                 plan.base[group] = from;
-            plan.index[i] = i < count ? static_cast<uint32_t>(from - plan.base[group]) : 0;
+            if (L::kLooksUp)
+                plan.index[i] = i < count ? static_cast<uint32_t>(from - plan.base[group]) : 0;
         }
         for (int32_t k = 0; k < columns; ++k) {
-            const int32_t weight = weight_at(span, k, inner_weight);
+            const int32_t weight = weight_of(span, k, inner_weight);
             const int32_t part = weight < kMostWeight ? weight : kMostWeight;
             const int32_t at = weight_place<L>(scratch, group, in_group, k);
             plan.weights[at] = weight_words(part);

@@ -37,17 +37,6 @@ struct Yuy2Source {
     }
 };
 
-/// The weight of a span's pixel (or line) i.
-inline uint32_t weight_in(const AreaSpan& span, int32_t i, int32_t inner_weight) {
-    return static_cast<uint32_t>(i == 0 ? span.first_weight : i + 1 == span.count ? span.last_weight : inner_weight);
-}
-
-/// All weights of a span.
-inline uint32_t units_of(const AreaSpan& span, int32_t inner_weight) {
-    const int32_t inner = span.count > 2 ? (span.count - 2) * inner_weight : 0;
-    return static_cast<uint32_t>(span.first_weight + inner + span.last_weight);
-}
-
 template <class Source>
 AreaSums<Source::kChannels> area_sums(const AreaLines& lines, const AreaSpan& columns, int32_t inner_weight) {
     AreaSums<Source::kChannels> sums = {};
@@ -55,11 +44,11 @@ AreaSums<Source::kChannels> area_sums(const AreaLines& lines, const AreaSpan& co
     for (int32_t y = 0; y < lines.span.count; ++y, line += lines.pitch) {
         AreaSums<Source::kChannels> across = {};
         for (int32_t x = 0; x < columns.count; ++x) {
-            const uint32_t weight = weight_in(columns, x, inner_weight);
+            const auto weight = static_cast<uint32_t>(weight_of(columns, x, inner_weight));
             for (int channel = 0; channel < Source::kChannels; ++channel)
                 across.of[channel] += weight * Source::sample(line, columns.first + x, channel);
         }
-        const uint32_t weight = weight_in(lines.span, y, lines.inner_weight);
+        const auto weight = static_cast<uint32_t>(weight_of(lines.span, y, lines.inner_weight));
         for (int channel = 0; channel < Source::kChannels; ++channel)
             sums.of[channel] += weight * across.of[channel];
     }

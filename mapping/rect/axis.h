@@ -43,7 +43,7 @@ private:
         left_ = index < last_ ? step_ : kEndless;
     }
 
-    static constexpr int32_t kEndless = INT32_MAX;  ///< more than a rectangle's extent
+    static constexpr int32_t kEndless = INT32_MAX;  ///< no less than a rectangle's extent
     int32_t step_, last_;
     int32_t index_, left_;  ///< the current pixel and what is left of it
 };

@@ -47,7 +47,7 @@ int64_t trunc_to_int64(double value) {
 bool to_units(const Interval& dest, const Interval& source, int32_t unit, int32_t source_size, Axis* axis) {
     const double scale = unit;
     const int32_t begin = trunc_to_int32(double{dest.start} * scale);
-    const int32_t end = wrapping_sub(0, trunc_to_int32(double{dest.end} * -scale));  // rounded up
+    const int32_t end = wrapping_sub(0, trunc_to_int32(double{dest.end} * -scale));
     const int32_t extent = wrapping_sub(end, begin);
     if (extent < 1 || begin < 0 || source_size < 1)
         return false;

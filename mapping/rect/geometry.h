@@ -28,7 +28,7 @@ struct RectMapping {
 };
 
 /// Clips both rectangles' start corners to the sizes, and takes the result to units. False where nothing is to be
-/// drawn: an empty rectangle, a source without pixels, a start that is not inside the destination.
+/// drawn: an empty rectangle, a source without pixels, a start before the destination.
 ///
 /// `dest_size` is the bitmap whose size the destination is clipped to.
 bool map_to_units(const Bitmap& dest_size, FloatRect dest, const Bitmap& source, FloatRect sampled, uint32_t flags,

@@ -32,13 +32,13 @@ public:
     Drawer(const Bitmap& dest, const Bitmap* weights, const RectMapping& mapping, uint32_t flags)
         : dest_(dest), weights_(weights), mapping_(mapping), flags_(flags), format_(format_of(dest)) {
         const Bitmap& map = weights ? *weights : dest;
-        const int32_t width = std::min(whole_pairs(dest.width), whole_pairs(map.width));
+        const int32_t width = std::min(with_partner(dest.width), with_partner(map.width));
         extent_ = extent_of(mapping.columns, width, format_.together);
         lines_ = std::min(mapping.lines.pixels(), std::min(dest.height, map.height) - mapping.lines.begin);
         line_step_ = flags & BMP_FIELD ? 2 : 1;
         const SourceLines& source = mapping.source;
         source_end_ = source.pixels + source.pitch * (source.height - 1) +
-                      ptrdiff_t{whole_pairs(source.width)} * dest.bytes_per_pixel;
+                      ptrdiff_t{with_partner(source.width)} * dest.bytes_per_pixel;
         store_ = store_kind(bytes_touched());
     }
 
@@ -52,7 +52,7 @@ public:
 
 private:
     /// A pair's second pixel may lie in the padding.
-    int32_t whole_pairs(int32_t width) const { return (width + format_.together - 1) & -format_.together; }
+    int32_t with_partner(int32_t width) const { return (width + format_.together - 1) & -format_.together; }
 
     size_t bytes_touched() const {
         const Axis &columns = mapping_.columns, &lines = mapping_.lines;
@@ -67,7 +67,7 @@ private:
     }
     ptrdiff_t later_pixels() const { return ptrdiff_t{dest_.pitch} * line_step_; }
 
-    bool is_drawn(int32_t i) const {
+    bool is_selected(int32_t i) const {
         const auto odd = static_cast<int32_t>(flags_ & BMP_FIELD_ODD);
         return !(flags_ & BMP_FIELD) || ((mapping_.lines.begin + i) ^ odd) % 2 == 0;
     }
@@ -81,7 +81,7 @@ private:
         int32_t waiting = -1;  // the line that is drawn as soon as it is known which ones of the source come next
         for (int32_t i = 0; i < lines_; ++i) {
             const AreaSpan span = cursor.take(axis.cover(i));
-            if (!is_drawn(i))
+            if (!is_selected(i))
                 continue;
             if (waiting >= 0) {
                 lines.later = std::max(span.first, lines.span.first + lines.span.count);
@@ -121,10 +121,10 @@ private:
         uint8_t* const dst = pixel_address(dest_, x, y);
         uint16_t* const weights = weights_at(x, y);
         const auto pixels = static_cast<size_t>(end - begin);
-        line_kernels.prefetch(dst + later_pixels(), pixels * static_cast<size_t>(dest_.bytes_per_pixel), 0, 1);
+        line_kernels.prefetch(pixel_address(dest_, x, y + line_step_),
+                              pixels * static_cast<size_t>(dest_.bytes_per_pixel), 0, 1);
         if (weights)
-            line_kernels.prefetch(reinterpret_cast<uint8_t*>(weights) + ptrdiff_t{weights_->pitch} * line_step_,
-                                  pixels * sizeof(uint16_t), 0, 1);
+            line_kernels.prefetch(pixel_address(*weights_, x, y + line_step_), pixels * sizeof(uint16_t), 0, 1);
         format_.draw_partial(dst, weights, lines,
                              {end - begin, columns.span(begin), mapping_.columns.step, x % 2 != 0});
     }

@@ -25,10 +25,10 @@ struct Mixture {
 }  // namespace
 
 void draw_partial_rgbq(uint8_t* dst, uint16_t* weights, const AreaLines& lines, const PartialColumns& columns) {
-    const uint32_t line_units = units_of(lines.span, lines.inner_weight);
+    const auto line_units = static_cast<uint32_t>(units_of(lines.span, lines.inner_weight));
     for (int32_t i = 0; i < columns.count; ++i, dst += 4) {
         const AreaSpan& span = columns.spans[i];
-        const uint32_t total = line_units * units_of(span, columns.inner_weight);
+        const uint32_t total = line_units * static_cast<uint32_t>(units_of(span, columns.inner_weight));
         const auto sums = area_sums<RgbqSource>(lines, span, columns.inner_weight);
         const Mixture mixture(total, total == kWholePixel ? 0 : weights[i]);
         for (int channel = 0; channel < 3; ++channel)
@@ -38,11 +38,11 @@ void draw_partial_rgbq(uint8_t* dst, uint16_t* weights, const AreaLines& lines, 
 }
 
 void draw_partial_yuy2(uint8_t* dst, uint16_t* weights, const AreaLines& lines, const PartialColumns& columns) {
-    const uint32_t line_units = units_of(lines.span, lines.inner_weight);
+    const auto line_units = static_cast<uint32_t>(units_of(lines.span, lines.inner_weight));
     bool second = columns.second;
     for (int32_t i = 0; i < columns.count; ++i, second = !second) {
         const AreaSpan& span = columns.spans[i];
-        const uint32_t total = line_units * units_of(span, columns.inner_weight);
+        const uint32_t total = line_units * static_cast<uint32_t>(units_of(span, columns.inner_weight));
         const auto sums = area_sums<Yuy2Source>(lines, span, columns.inner_weight);
         uint8_t* const pixel = dst + ptrdiff_t{2} * i;
         uint8_t* const pair = second ? pixel - 2 : pixel;

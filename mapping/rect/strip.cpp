@@ -5,18 +5,19 @@
 namespace zepbmp {
 namespace {
 
-int32_t round_up(int32_t pixels) { return (pixels + kAreaTogether - 1) / kAreaTogether * kAreaTogether; }
-
-/// Whole pixels of a strip: at most what kernels take at once, and all strips alike.
+/// Whole pixels of a strip: at most what kernels take at once, all strips alike, and, but under large reductions, a
+/// multiple of what the widest kernel draws together.
 int32_t pixels_of_strip(const Axis& axis, const Extent& extent) {
     const int32_t reach = axis.unit / axis.step + 2;  // columns under a pixel, at most
     const int32_t blocks = (reach + kAreaBlockColumns - 1) / kAreaBlockColumns;
     const int64_t fitting = int64_t{kAreaColumns - 2} * axis.step / axis.unit;
-    const int32_t most = static_cast<int32_t>(std::min({int64_t{kAreaPixels}, int64_t{kAreaBlocks / blocks}, fitting}));
+    const auto most = static_cast<int32_t>(std::min({int64_t{kAreaPixels}, int64_t{kAreaBlocks / blocks}, fitting}));
+    if (most < kAreaTogether)
+        return std::max(most & ~1, 2);
     const int32_t all = std::max(extent.whole_end - extent.whole_begin, 1);
-    const int32_t whole = std::max(most / kAreaTogether * kAreaTogether, kAreaTogether);
-    const int32_t strips = (all - 1) / whole + 1;
-    return round_up((all - 1) / strips + 1);
+    const int32_t strips = (all - 1) / (most / kAreaTogether * kAreaTogether) + 1;
+    const int32_t each = (all - 1) / strips + 1;
+    return (each + kAreaTogether - 1) / kAreaTogether * kAreaTogether;
 }
 
 }  // namespace
