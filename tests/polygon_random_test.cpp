@@ -24,8 +24,6 @@ using Polygon = std::vector<BmpVertex>;
 constexpr uint32_t kSolid = BMP_MAP_EXTRA | BMP_MAP_SOLID;
 constexpr int kNone = -1;  ///< in the place of a format: no such bitmap
 
-int round_up(int value, int multiple) { return (value + multiple - 1) / multiple * multiple; }
-
 /// One call. The bitmaps' bytes come from the same generator, after the call is made up.
 struct Call {
     int dst_format = BMP_FMT_RGBQ, width = 0, height = 0;
@@ -110,21 +108,10 @@ protected:
     }
 
 private:
-    /// A frame as bmp_create lays it out, or one whose lines begin at any multiple of the pixel's size.
     static FrameLayout frame(Random& random, int width, int height, int format) {
-        const int size = bytes_per_pixel(format), step = format == BMP_FMT_YUY2 ? 4 : size;
         // Of 2-byte pixels a whole last pair: one that is shared with the padding is read and written whole.
-        const int line_bytes = size == 2 ? round_up(2 * width, 4) : size * width;
-        FrameLayout layout = {.width = width, .height = height, .format = format, .at_end = random.chance(60)};
-        if (random.chance(40)) {
-            layout.pitch = layout.last_line_bytes = round_up(line_bytes, 16);
-            layout.skew = 0;
-        } else {
-            layout.pitch = round_up(line_bytes + (random.chance(50) ? 0 : random.between(0, 40)), step);
-            layout.last_line_bytes = line_bytes;
-            layout.skew = random.chance(60) ? kFlush : step * random.between(0, 16 / step - 1);
-        }
-        return layout;
+        const int size = bytes_per_pixel(format);
+        return any_layout(random, width, height, format, size == 2 ? round_up(2 * width, 4) : size * width);
     }
 
     void lay_out(Random& random, const Call& call) {

@@ -15,8 +15,6 @@
 namespace zepbmp::test {
 namespace {
 
-int round_up(int value, int multiple) { return (value + multiple - 1) / multiple * multiple; }
-
 /// One direction of a mapping. The caller's duty: 0 <= to1, from1 <= the bitmaps' sizes.
 struct Span {
     float to0, to1, from0, from1;
@@ -90,28 +88,13 @@ protected:
 private:
     enum Role { kDest, kMap, kSource, kRoles };
 
-    /// A frame as bmp_create lays it out, or one whose lines begin at any multiple of the pixel's size.
-    static FrameLayout frame(Random& random, int width, int height, int format, int line_bytes) {
-        const int step = format == BMP_FMT_YUY2 ? 4 : bytes_per_pixel(format);
-        FrameLayout layout = {.width = width, .height = height, .format = format, .at_end = random.chance(60)};
-        if (random.chance(40)) {
-            layout.pitch = layout.last_line_bytes = round_up(line_bytes, 16);
-            layout.skew = 0;
-        } else {
-            layout.pitch = round_up(line_bytes + (random.chance(50) ? 0 : random.between(0, 40)), step);
-            layout.last_line_bytes = line_bytes;
-            layout.skew = random.chance(60) ? kFlush : step * random.between(0, 16 / step - 1);
-        }
-        return layout;
-    }
-
     void lay_out(Random& random, const Call& call) {
         // The partner of a last odd YUY2 pixel is read and written, as a pixel and as a weight.
         const auto line_bytes = [&](int width, int size) {
             return size * (call.format == BMP_FMT_YUY2 ? round_up(width, 2) : width);
         };
         const auto make = [&](Role role, int width, int height, int format, auto fill) {
-            got_[role].lay_out(frame(random, width, height, format, line_bytes(width, bytes_per_pixel(format))));
+            got_[role].lay_out(any_layout(random, width, height, format, line_bytes(width, bytes_per_pixel(format))));
             got_[role].fill(random, fill);
             want_[role].copy(got_[role]);
         };

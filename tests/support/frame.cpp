@@ -6,6 +6,22 @@
 
 namespace zepbmp::test {
 
+int round_up(int value, int multiple) { return (value + multiple - 1) / multiple * multiple; }
+
+FrameLayout any_layout(Random& random, int width, int height, int format, int line_bytes) {
+    const int step = format == BMP_FMT_YUY2 ? 4 : bytes_per_pixel(format);
+    FrameLayout layout = {.width = width, .height = height, .format = format, .at_end = random.chance(60)};
+    if (random.chance(40)) {
+        layout.pitch = layout.last_line_bytes = round_up(line_bytes, 16);
+        layout.skew = 0;
+    } else {
+        layout.pitch = round_up(line_bytes + (random.chance(50) ? 0 : random.between(0, 40)), step);
+        layout.last_line_bytes = line_bytes;
+        layout.skew = random.chance(60) ? kFlush : step * random.between(0, 16 / step - 1);
+    }
+    return layout;
+}
+
 void Frame::lay_out(const FrameLayout& layout) {
     layout_ = layout;
     uint8_t* const first = place(*pages_, layout.extent(), layout.at_end, layout.skew);

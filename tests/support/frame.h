@@ -30,6 +30,12 @@ struct FrameLayout {
     }
 };
 
+int round_up(int value, int multiple);
+
+/// As bmp_create lays a frame out, or with lines that begin at any multiple of the pixel's size. `line_bytes` is what a
+/// line has to hold.
+FrameLayout any_layout(Random& random, int width, int height, int format, int line_bytes);
+
 /// A bitmap record over fenced memory. Everything around the lines is a canary: it is filled and compared with them.
 class Frame {
 public:
