@@ -17,26 +17,23 @@ struct Interval {
     void move_start(double by) { start = single(static_cast<float>(double{start} - by)); }
 };
 
-/// Where one start lies outside, it is moved to the edge and the other follows in proportion. The ends stay. The
-/// lengths are those before clipping.
+/// Where a start lies outside 0..size it is moved to the edge, and the other rectangle's start in proportion to the
+/// lengths, which are those before clipping. The ends stay.
+void clip_start(Interval& clipped, double length, float size, Interval& other, double other_length) {
+    if (clipped.start < 0) {
+        other.move_start(other_length * double{clipped.start} / length);
+        clipped.start = 0;
+    }
+    if (clipped.start > size) {
+        other.move_start((double{clipped.start} - double{size}) * other_length / length);
+        clipped.start = size;
+    }
+}
+
 void clip_starts(Interval& dest, float dest_size, Interval& source, float source_size) {
-    const double d = dest.length(), s = source.length();
-    if (source.start < 0) {
-        dest.move_start(d * double{source.start} / s);
-        source.start = 0;
-    }
-    if (source.start > source_size) {
-        dest.move_start((double{source.start} - double{source_size}) * d / s);
-        source.start = source_size;
-    }
-    if (dest.start < 0) {
-        source.move_start(s * double{dest.start} / d);
-        dest.start = 0;
-    }
-    if (dest.start > dest_size) {
-        source.move_start((double{dest.start} - double{dest_size}) * s / d);
-        dest.start = dest_size;
-    }
+    const double drawn = dest.length(), sampled = source.length();
+    clip_start(source, sampled, source_size, dest, drawn);
+    clip_start(dest, drawn, dest_size, source, sampled);
 }
 
 int64_t trunc_to_int64(double value) {
