@@ -70,7 +70,7 @@ Sides sides(Input& input, int dest_size, int source_size) {
 /// holds every 4096th of a position.
 int column_count(uint32_t byte) { return static_cast<int>(byte < 224 ? byte % 80 : (byte - 223) * 131); }
 int line_count(uint32_t byte, int columns) {
-    if (byte >= 250 && columns < 8)
+    if (byte >= 254 && columns < 8)
         return static_cast<int>(byte * 11);  // a destination line may have more than 2048
     return static_cast<int>(byte % (columns < 80 ? 40 : 4));
 }
