@@ -12,6 +12,8 @@ namespace zepbmp {
 
 constexpr int kLineAlignment = 16;  ///< bytes; of `pixels` and of `pitch`
 
+constexpr uint32_t kHoldsFields = 2;  ///< of create_flags: the picture is interlaced
+
 /// The lines that an operation visits: first, first + step, ... below the bitmap's height.
 struct FieldLines {
     int32_t first;

@@ -5,7 +5,6 @@
 namespace zepbmp {
 namespace {
 
-constexpr uint32_t kHoldsFields = 2;  // of create_flags
 constexpr int32_t kQuarterLine = kTexel / 4;
 
 int32_t at_most_limit(int32_t size) { return size < kTextureLimit ? size : kTextureLimit; }

@@ -6,7 +6,6 @@
 namespace zepbmp {
 namespace {
 
-constexpr uint32_t kHoldsFields = 2;  // of create_flags
 constexpr double kRoundUp = 0.99999;  // a step is rounded up from here on
 
 /// Start and end along one axis, of the destination and of the source. Each stored value is single precision, each
