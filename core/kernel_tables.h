@@ -263,6 +263,8 @@ struct LineKernels {
     /// between[i] = (above[i] + below[i] + 1) >> 1 and copied[i] = below[i]. `copied` may be `below`.
     void (*interpolate[kStoreKinds])(uint8_t* between, uint8_t* copied, const uint8_t* above, const uint8_t* below,
                                      size_t bytes);
+    /// dst[i] = (dst[i] & keep) ^ flip.
+    void (*combine)(uint8_t* dst, size_t bytes, uint8_t keep, uint8_t flip);
     /// Orders streamed stores before everything after: once, at the end of a call that streamed.
     void (*end_stream)();
     /// Asks for the memory of some lines that will soon be needed. A hint: any address will do.

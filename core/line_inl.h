@@ -156,6 +156,24 @@ void interpolate_streamed(uint8_t* between, uint8_t* copied, const uint8_t* abov
     L::finish();
 }
 
+/// The first and the last register are taken before the others change what they share with them.
+template <class L>
+void combine(uint8_t* dst, size_t bytes, uint8_t keep, uint8_t flip) {
+    if (bytes < L::kBytes) {
+        for (size_t i = 0; i < bytes; ++i)
+            dst[i] = static_cast<uint8_t>((dst[i] & keep) ^ flip);
+    } else {
+        const auto kept = L::words(keep * 0x0101), flipped = L::words(flip * 0x0101);
+        const auto at = [=](const uint8_t* p) { return L::bit_xor(L::bit_and(L::load(p), kept), flipped); };
+        const auto first = at(dst), last = at(dst + bytes - L::kBytes);
+        for (size_t i = bytes_to_unit<L, kStoreCached>(dst); i + L::kBytes <= bytes; i += L::kBytes)
+            L::store(dst + i, at(dst + i));
+        L::store(dst, first);
+        L::store(dst + bytes - L::kBytes, last);
+    }
+    L::finish();
+}
+
 template <class L>
 void end_stream() {
     L::end_stream();
@@ -168,6 +186,7 @@ constexpr LineKernels line_set() {
             .fill = {fill<L, kStoreCached>, fill<L, kStoreStreamed>},
             .copy = {copy<L, kStoreCached>, copy<L, kStoreStreamed>},
             .interpolate = {interpolate_cached<L>, interpolate_streamed<L>},
+            .combine = combine<L>,
             .end_stream = end_stream<L>,
             .prefetch = prefetch_lines,
         };
@@ -176,6 +195,7 @@ constexpr LineKernels line_set() {
             .fill = {fill<L, kStoreCached>, fill<L, kStoreCached>},
             .copy = {copy<L, kStoreCached>, copy<L, kStoreCached>},
             .interpolate = {interpolate_cached<L>, interpolate_cached<L>},
+            .combine = combine<L>,
             .end_stream = end_stream<L>,
             .prefetch = prefetch_lines,
         };

@@ -26,6 +26,11 @@ void interpolate(uint8_t* between, uint8_t* copied, const uint8_t* above, const 
     copy(copied, below, bytes);
 }
 
+void combine(uint8_t* dst, size_t bytes, uint8_t keep, uint8_t flip) {
+    for (size_t i = 0; i < bytes; ++i)
+        dst[i] = static_cast<uint8_t>((dst[i] & keep) ^ flip);
+}
+
 void end_stream() {}
 
 }  // namespace
@@ -34,6 +39,7 @@ const LineKernels kLinePlain = {
     .fill = {fill, fill},
     .copy = {copy, copy},
     .interpolate = {interpolate, interpolate},
+    .combine = combine,
     .end_stream = end_stream,
     .prefetch = prefetch_lines,
 };

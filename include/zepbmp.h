@@ -24,14 +24,13 @@
 #define ZEPBMP_VERSION_MINOR 1
 #define ZEPBMP_VERSION_PATCH 0
 
-/* What this version of the library exports. All 18 functions are declared below, so that a host can be written against
- * the whole boundary; those of a group that is 0 here are not in the library yet and do not link. */
+/* What this version of the library exports: all 18 functions. A group that is 0, or not defined, does not link. */
 #define ZEPBMP_HAS_BITMAPS 1  /* bmp_create bmp_destroy bmp_pointer                 */
 #define ZEPBMP_HAS_COPIES 1   /* bmp_clear bmp_copy bmp_blt bmp_interporate         */
 #define ZEPBMP_HAS_COMPOSE 1  /* bmp_compose bmp_compose_color                      */
 #define ZEPBMP_HAS_SHAPES 1   /* bmp_alpha_rect bmp_alpha_circle                    */
-#define ZEPBMP_HAS_DRAWING 0  /* bmp_draw_rect bmp_draw_line bmp_translate_color    */
-#define ZEPBMP_HAS_DISPLAY 0  /* bmp_set_palette bmp_display                        */
+#define ZEPBMP_HAS_DRAWING 1  /* bmp_draw_rect bmp_draw_line bmp_translate_color    */
+#define ZEPBMP_HAS_DISPLAY 1  /* bmp_set_palette bmp_display                        */
 #define ZEPBMP_HAS_POLYGONS 1 /* bmp_map_polygon                                    */
 #define ZEPBMP_HAS_RECTS 1    /* bmp_map_rect                                       */
 
@@ -161,15 +160,20 @@ void BMP_CALL bmp_interporate(Bitmap* destination, const Bitmap* source, uint32_
 
 /* ---------------------------------------------------------------- drawing, colours */
 
-/* Fills columns left..right-1 of lines top..bottom-1, clipped.
+/* Fills columns left..right-1 of lines top..bottom-1, clipped to the bitmap.
  *   RGBQ, PWRW   mode 0 stores color (PWRW: its low 16 bits).
- *   RGB8         mode 16 ORs, mode 32 ANDs the low byte of color.
- *   Anything else draws nothing. */
+ *   RGB8         mode 16 ORs, mode 32 ANDs the low byte of color; it can only be masked, not set.
+ *   The whole mode word counts: other modes and other formats draw nothing. An empty rectangle fills nothing. */
 void BMP_CALL bmp_draw_rect(Bitmap* bitmap, int32_t left, int32_t top, int32_t right, int32_t bottom, uint32_t color,
                             uint32_t mode);
 
 /* Draws max(|x1-x0|, |y1-y0|) pixels of a line from (x0, y0) toward (x1, y1), which is itself not drawn, into an RGB8
- * bitmap. mode & 0x70: 0x00 set, 0x10 or, 0x20 and, 0x30 xor; the others draw nothing.
+ * bitmap. Other formats stay unchanged.
+ *   mode & 0x70   0x00 set, 0x10 OR, 0x20 AND, 0x30 XOR the low byte of color; the others draw nothing. Other bits of
+ *                 mode do not count.
+ *   Of the longer of the two distances, each pixel takes one step; an error term, half of it at first (truncated), is
+ *   lessened by the shorter one with each step, and where that leaves it at or below 0 a step across follows and the
+ *   longer one is added. A 45-degree line counts as longer in x.
  * caller   both ends lie inside the bitmap: there is no clipping. */
 void BMP_CALL bmp_draw_line(Bitmap* bitmap, int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint32_t color,
                             uint32_t mode);
@@ -180,12 +184,21 @@ uint32_t BMP_CALL bmp_translate_color(const void* ignored, uint32_t color);
 
 /* ---------------------------------------------------------------- palette, display */
 
-/* Stores color (blue in bits 0..7, green 8..15, red 16..23) in entry index, 0..255, of an RGB8 bitmap's colour table,
- * which starts as a grey ramp. Another format or index stores nothing. */
+/* Stores color (blue in bits 0..7, green 8..15, red 16..23; of a Windows colour reference see bmp_translate_color) in
+ * entry index, 0..255, of an RGB8 bitmap's colour table, which starts as a grey ramp.
+ *   The table is part of the display header, which is built on first need. Another format or index builds the header
+ *   and stores nothing; where memory is short nothing is stored, and the next call tries again. */
 void BMP_CALL bmp_set_palette(Bitmap* bitmap, int32_t index, uint32_t color);
 
-/* Shows a bitmap on a Windows device context (HDC) with SetDIBitsToDevice: source x src_x, source y 0, first scan line
- * start_line, all lines. returns  the number of lines set, 0 on failure. */
+/* Shows a bitmap on a Windows device context (HDC) with SetDIBitsToDevice.
+ *   dest_x, dest_y, width, height   rectangle of the device, pixels
+ *   src_x                           the bitmap's column at its left edge; the source y is always 0
+ *   start_line                      what the bitmap's first line counts as: a scan line, not a source y
+ *   The bitmap is described to Windows by its display header, built on first need: an uncompressed picture from the top,
+ *   as wide as its padded line (pitch / bytes_per_pixel), with 8 bits a pixel and the colour table for RGB8, else
+ *   8 * bytes_per_pixel. No colour is converted: the 16-bit formats are shown as 5-5-5 RGB.
+ *   Other systems than Windows have no device context: the header is built, nothing is shown.
+ * returns  the number of lines set; 0 on failure, where memory for the header is short, and on other systems */
 int32_t BMP_CALL bmp_display(void* device_context, int32_t dest_x, int32_t dest_y, int32_t width, int32_t height,
                              Bitmap* bitmap, int32_t src_x, int32_t start_line);
 

@@ -58,6 +58,7 @@ struct Lanes64 {
     static V add(V a, V b) { return _mm_add_pi16(a, b); }
     static V sub(V a, V b) { return _mm_sub_pi16(a, b); }
     static V bit_and(V a, V b) { return _mm_and_si64(a, b); }
+    static V bit_xor(V a, V b) { return _mm_xor_si64(a, b); }
     static V mul_high(V a, V b) { return _mm_mulhi_pi16(a, b); }
     static V mul_low(V a, V b) { return _mm_mullo_pi16(a, b); }
     template <int kShift>

@@ -32,7 +32,7 @@ TEST_P(HostileState, ChangesNoByteAndIsGivenBack) {
         for (const uint16_t control : kX87Controls) {
             for (const uint32_t mxcsr : kMxcsrs) {
                 Scene scene(1);
-                scene.results.reserve(16);
+                scene.results.reserve(300);
                 Caller caller;
                 FloatState before, after;
                 {

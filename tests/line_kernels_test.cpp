@@ -1,5 +1,5 @@
 /// \file
-/// Fill, copy and interpolation of lines: every kernel set and both kinds of stores, against loops written out here.
+/// Fill, copy, interpolation and combination of lines: every kernel set and both kinds of stores, against loops written out here.
 #include <gtest/gtest.h>
 
 #include "core/kernel_tables.h"
@@ -105,6 +105,21 @@ TEST_P(LineKernelsTest, Interpolate) {
         if (!in_place) {
             ASSERT_EQ(below.difference(below.before()), "") << context(random, bytes);
         }
+    });
+}
+
+TEST_P(LineKernelsTest, Combine) {
+    for_many_lengths([&](Random& random, int bytes) {
+        lay_out(random, a_, bytes);
+        const auto keep = static_cast<uint8_t>(random.pick({0, 255, random.between(0, 255)})),
+                   flip = static_cast<uint8_t>(random.pick({0, 255, random.between(0, 255)}));
+        call_checked(line_kernels.combine, a_.first(), static_cast<size_t>(bytes), keep, flip);
+        std::vector<uint8_t> want = a_.before();
+        for (int i = 0; i < bytes; ++i) {
+            uint8_t& byte = a_.line_in(want, 0)[i];
+            byte = static_cast<uint8_t>((byte & keep) ^ flip);
+        }
+        ASSERT_EQ(a_.difference(want), "") << context(random, bytes) << " keep " << +keep << " flip " << +flip;
     });
 }
 

@@ -344,6 +344,52 @@ TEST_P(RandomCalls, AlphaCircle) {
     });
 }
 
+TEST_P(RandomCalls, DrawRect) {
+    repeat(8000, [&](Random& random) {
+        const int format = random.pick({BMP_FMT_RGBQ, BMP_FMT_RGBQ, BMP_FMT_PWRW, BMP_FMT_PWRW, BMP_FMT_RGB8,
+                                        BMP_FMT_RGB8, BMP_FMT_YUY2, BMP_FMT_QUAD3, BMP_FMT_A8});
+        const int width = random.chance(90) ? random.between(0, 80) : random.between(81, 700),
+                  height = random.between(0, 6);
+        twins_[0].make(random, any_layout(random, width, height, format, width * bytes_per_pixel(format)), fill_pixels);
+        const auto end = [&](int size) {
+            return random.chance(90) ? random.between(-3, size + 3)
+                                     : random.pick({0, size, INT32_MAX, INT32_MIN, INT32_MAX - 1});
+        };
+        const int left = end(width), top = end(height), right = end(width), bottom = end(height);
+        const auto color = static_cast<uint32_t>(random.next());
+        const uint32_t mode = random.pick({0u, 0u, 0u, 16u, 16u, 32u, 32u, 48u, 1u, 0x10000u});
+        const CallCheck check;
+        library().draw_rect(twins_[0].got.bitmap(), left, top, right, bottom, color, mode);
+        const char* const complaint = check.complaint();
+        EXPECT_STREQ(complaint, "");
+        model::bmp_draw_rect(twins_[0].want.bitmap(), left, top, right, bottom, color, mode);
+        return "draw_rect" + number("format", format) + number("width", width) + number("height", height) +
+               number("left", left) + number("top", top) + number("right", right) + number("bottom", bottom) +
+               number("mode", mode);
+    });
+}
+
+TEST_P(RandomCalls, DrawLine) {
+    repeat(8000, [&](Random& random) {
+        const int format = random.chance(90) ? BMP_FMT_RGB8 : random.between(0, 7);
+        const int width = random.chance(80) ? random.between(1, 40) : random.between(41, 400),
+                  height = random.chance(80) ? random.between(1, 12) : random.between(13, 90);
+        twins_[0].make(random, any_layout(random, width, height, format, width * bytes_per_pixel(format)), fill_pixels);
+        const int x0 = random.between(0, width - 1), y0 = random.between(0, height - 1);
+        const int x1 = random.chance(20) ? x0 : random.between(0, width - 1),
+                  y1 = random.chance(20) ? y0 : random.between(0, height - 1);
+        const auto color = static_cast<uint32_t>(random.next());
+        const uint32_t mode = random.below(8) << 4 | (random.chance(20) ? 0xffffff8fu : 0);
+        const CallCheck check;
+        library().draw_line(twins_[0].got.bitmap(), x0, y0, x1, y1, color, mode);
+        const char* const complaint = check.complaint();
+        EXPECT_STREQ(complaint, "");
+        model::bmp_draw_line(twins_[0].want.bitmap(), x0, y0, x1, y1, color, mode);
+        return "draw_line" + number("format", format) + number("width", width) + number("height", height) +
+               number("x0", x0) + number("y0", y0) + number("x1", x1) + number("y1", y1) + number("mode", mode);
+    });
+}
+
 ZEPBMP_FOR_ALL_TABLES(RandomCalls);
 
 // Beyond the second-level cache, where stores are streamed unasked.

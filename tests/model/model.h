@@ -28,6 +28,12 @@ void bmp_blt(Bitmap* destination, int32_t dest_x, int32_t dest_y, int32_t width,
              int32_t src_x, int32_t src_y, uint32_t flags);
 void bmp_interporate(Bitmap* destination, const Bitmap* source, uint32_t flags);
 
+// Every end and every point between lies inside the bitmap.
+void bmp_draw_line(Bitmap* bitmap, int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint32_t color, uint32_t mode);
+void bmp_draw_rect(Bitmap* bitmap, int32_t left, int32_t top, int32_t right, int32_t bottom, uint32_t color,
+                   uint32_t mode);
+uint32_t bmp_translate_color(const void* ignored, uint32_t color);
+
 // cpu_level 0: the reference arithmetic; 1 to 4: the arithmetic of the vector columns, one and the same for all four.
 int32_t bmp_compose(Bitmap* dest, const Bitmap* src1, const Bitmap* src2, const void* mask, uint32_t flags,
                     int cpu_level);

@@ -106,6 +106,27 @@ uint64_t copies() {
     return hash.value();
 }
 
+uint64_t drawings() {
+    Hash hash;
+    Random random(17);
+    for (int call = 0; call < kCalls; ++call) {
+        const Size size = some_size(random, call);
+        for (const int format : {BMP_FMT_RGBQ, BMP_FMT_PWRW, BMP_FMT_RGB8}) {
+            const OwnedBitmap bitmap = noise(random, size, format);
+            const int left = random.between(-20, 90), top = random.between(-3, 12), right = random.between(-20, 720),
+                      bottom = random.between(-3, 30);
+            const uint32_t color = static_cast<uint32_t>(random.next()), mode = random.pick({0u, 0u, 16u, 32u});
+            library().draw_rect(bitmap.get(), left, top, right, bottom, color, mode);
+            const int x0 = random.between(0, size.width - 1), y0 = random.between(0, size.height - 1),
+                      x1 = random.between(0, size.width - 1), y1 = random.between(0, size.height - 1);
+            library().draw_line(bitmap.get(), x0, y0, x1, y1, color, random.below(8) * 16);
+            hash.add(bitmap);
+            hash.add(library().translate_color(nullptr, color));
+        }
+    }
+    return hash.value();
+}
+
 enum class Mix { kWeights, kMasks, kLevel, kColor, kBand };
 
 uint64_t compose(int format, Mix mix) {
@@ -327,6 +348,7 @@ std::vector<Digest> digest_corpus(bool plain) {
     return {
         {"bitmaps", bitmaps()},
         {"copies", copies()},
+        {"drawings", drawings()},
         {"compose_yuy2_weights" + arithmetic, compose(BMP_FMT_YUY2, Mix::kWeights)},
         {"compose_yuy2_masks" + arithmetic, compose(BMP_FMT_YUY2, Mix::kMasks)},
         {"compose_rgbq_weights" + arithmetic, compose(BMP_FMT_RGBQ, Mix::kWeights)},

@@ -70,6 +70,34 @@ const ExportCall kCalls[] = {
      }},
     {"bmp_interporate",
      [](Caller& call, Scene& scene) { call(library().interporate, scene.rgbq[0].get(), scene.rgbq[1].get(), 1u); }},
+    {"bmp_draw_rect",
+     [](Caller& call, Scene& scene) {
+         call(library().draw_rect, scene.rgbq[0].get(), 3, 1, 70, 9, 0x80402010u, 0u);
+         call(library().draw_rect, scene.map.get(), -3, 1, 71, 99, 0x1234u, 0u);
+         call(library().draw_rect, scene.rgb8[0].get(), 3, 1, 70, 9, 0x3cu, 16u);
+         call(library().draw_rect, scene.rgb8[0].get(), 1, 0, 60, 9, 0xf0u, 32u);
+     }},
+    {"bmp_draw_line",
+     [](Caller& call, Scene& scene) {
+         call(library().draw_line, scene.rgb8[0].get(), 1, 1, 70, 8, 0x5au, 0x30u);
+         call(library().draw_line, scene.rgb8[0].get(), 70, 4, 2, 4, 0x5au, 0x30u);
+         call(library().draw_line, scene.rgb8[0].get(), 70, 9, 68, 0, 0x5au, 0x00u);
+     }},
+    {"bmp_translate_color",
+     [](Caller& call, Scene& scene) {
+         scene.results.push_back(call(library().translate_color, nullptr, 0x12345678u));
+     }},
+    {"bmp_set_palette",
+     [](Caller& call, Scene& scene) {
+         call(library().set_palette, scene.rgb8[0].get(), 200, 0x123456u);
+         const auto* const header = static_cast<const uint32_t*>(scene.rgb8[0]->dib_info);
+         scene.results.insert(scene.results.end(), header, header + (40 + 256 * 4) / 4);
+     }},
+    {"bmp_display",
+     [](Caller& call, Scene& scene) {
+         scene.results.push_back(
+             static_cast<uint32_t>(call(library().display, nullptr, 1, 2, 30, 9, scene.rgbq[0].get(), 3, 4)));
+     }},
     {"bmp_compose YUY2 16-bit",
      [](Caller& call, Scene& scene) {
          scene.results.push_back(static_cast<uint32_t>(call(library().compose, scene.yuy2[0].get(), scene.yuy2[1].get(),

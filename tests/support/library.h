@@ -14,6 +14,11 @@ struct Library {
     decltype(&::bmp_copy) copy;
     decltype(&::bmp_blt) blt;
     decltype(&::bmp_interporate) interporate;
+    decltype(&::bmp_draw_rect) draw_rect;
+    decltype(&::bmp_draw_line) draw_line;
+    decltype(&::bmp_translate_color) translate_color;
+    decltype(&::bmp_set_palette) set_palette;
+    decltype(&::bmp_display) display;
     decltype(&::bmp_compose) compose;
     decltype(&::bmp_compose_color) compose_color;
     decltype(&::bmp_alpha_rect) alpha_rect;

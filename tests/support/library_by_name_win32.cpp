@@ -36,6 +36,11 @@ Library load() {
     find(dll, "_bmp_copy@12", found.copy);
     find(dll, "_bmp_blt@36", found.blt);
     find(dll, "_bmp_interporate@12", found.interporate);
+    find(dll, "_bmp_draw_rect@28", found.draw_rect);
+    find(dll, "_bmp_draw_line@28", found.draw_line);
+    find(dll, "_bmp_translate_color@8", found.translate_color);
+    find(dll, "_bmp_set_palette@12", found.set_palette);
+    find(dll, "_bmp_display@32", found.display);
     find(dll, "_bmp_compose@20", found.compose);
     find(dll, "_bmp_compose_color@28", found.compose_color);
     find(dll, "_bmp_alpha_rect@32", found.alpha_rect);

@@ -1,0 +1,84 @@
+// The C runtime's own formatting: MinGW's would be linked in with all its floating point.
+#define __USE_MINGW_ANSI_STDIO 0
+#include <stdio.h>
+#include <string.h>
+#include <windows.h>
+
+#include "platform/trace.h"
+
+namespace zepbmp {
+namespace {
+
+int32_t trace_mode = 1;
+
+constexpr int kLineHeight = 20;  // pixels
+int next_line_y = 0;
+int screen_bottom = 0;  // where lines end; 0 until it is known
+
+void draw_text(HDC screen, const char* text) { TextOutA(screen, 0, next_line_y, text, static_cast<int>(strlen(text))); }
+
+}  // namespace
+
+void set_trace_mode(int32_t mode) { trace_mode = mode; }
+
+void trace_vprintf(const char* format, va_list arguments) {
+    char message[kTraceBytes];
+    _vsnprintf(message, sizeof message, format, arguments);
+    message[sizeof message - 1] = 0;
+    if (trace_mode != 0) {
+        OutputDebugStringA(message);
+        return;
+    }
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-security"
+    printf(message);
+#pragma GCC diagnostic pop
+}
+
+void trace_printf(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    trace_vprintf(format, arguments);
+    va_end(arguments);
+}
+
+void trace_vprintf_on_stack(void* stack_end, const char* format, va_list arguments) {
+    void (*const print)(const char*, va_list) = trace_vprintf;
+    void* stack = reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(stack_end) & ~uintptr_t{15});
+    // The caller's stack pointer stays in ebx, which the callee keeps.
+    asm volatile(
+        "movl %%esp, %%ebx\n\t"
+        "movl %0, %%esp\n\t"
+        "subl $8, %%esp\n\t"
+        "pushl %1\n\t"
+        "pushl %3\n\t"
+        "call *%2\n\t"
+        "movl %%ebx, %%esp"
+        : "+a"(stack), "+d"(arguments)
+        : "D"(print), "S"(format)
+        : "ebx", "ecx", "memory", "cc");
+}
+
+void trace_on_screen(const char* format, ...) {
+    char message[1024];  // as much as wvsprintf writes at most
+    va_list arguments;
+    va_start(arguments, format);
+    wvsprintfA(message, format, arguments);
+    va_end(arguments);
+    message[kTraceBytes - 1] = 0;
+
+    constexpr char kBar[] = "                                                ";
+    constexpr COLORREF kBlue = 0xff0000;
+    const HDC screen = GetDC(nullptr);
+    if (screen_bottom == 0)
+        screen_bottom = GetDeviceCaps(screen, VERTRES) - kLineHeight;
+    draw_text(screen, message);
+    next_line_y += kLineHeight;
+    SetBkColor(screen, kBlue);
+    draw_text(screen, kBar);
+    ReleaseDC(nullptr, screen);
+    if (screen_bottom < next_line_y)
+        next_line_y = 0;
+}
+
+}  // namespace zepbmp
