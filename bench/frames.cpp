@@ -12,6 +12,7 @@ namespace zepbmp::bench {
 namespace {
 
 constexpr size_t kLeastRingBytes = size_t{600} * 1000 * 1000;
+constexpr size_t kMostRingBytes = sizeof(void*) == 4 ? size_t{900} * 1000 * 1000 : SIZE_MAX;
 
 /// Maps values that are uniform in all of T to 0..kFull, uniform too.
 template <class T, uint32_t kFull>
@@ -147,7 +148,7 @@ size_t ring_bytes() {
     int last_level_bytes = 0;
     for (const benchmark::CPUInfo::CacheInfo& cache : benchmark::CPUInfo::Get().caches)
         last_level_bytes = std::max(last_level_bytes, cache.size);
-    return std::max(2 * static_cast<size_t>(last_level_bytes), kLeastRingBytes);
+    return std::clamp(2 * static_cast<size_t>(last_level_bytes), kLeastRingBytes, kMostRingBytes);
 }
 
 }  // namespace zepbmp::bench

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <regex>
 #include <stdexcept>
 #include <string>
@@ -19,6 +20,8 @@
 namespace {
 
 using namespace zepbmp::bench;
+
+constexpr bool kPeersBuilt = ZEPBMP_BENCH_PEERS;
 
 struct Options {
     std::string operation = ".*";
@@ -42,7 +45,8 @@ void add_options(CLI::App& app, Options& options) {
     app.add_option("--repetitions", options.effort.repetitions, "Of each row, shuffled among the rows of a subject")
         ->check(CLI::Range(1, 1000))
         ->capture_default_str();
-    app.add_option("--min-time", options.effort.seconds, "Of a repetition, in seconds of processor time")
+    app.add_option("--min-time", options.effort.seconds,
+                   "Of a repetition, in seconds: of processor time; on Windows, elapsed ones")
         ->check(CLI::Range(0.001, 60.0))
         ->capture_default_str();
     app.add_option("--json", options.json_path,
@@ -60,12 +64,19 @@ std::vector<Subject> pick_subjects(const Options& options) {
         append(compose_subjects());
         append(color_subjects());
         append(line_subjects());
+        append(drawing_subjects());
         append(shape_subjects());
         append(polygon_subjects());
         append(rect_subjects());
     }
     const std::regex wanted(options.operation);
     std::erase_if(subjects, [&](const Subject& subject) { return !std::regex_search(subject.name, wanted); });
+    if (!kPeersBuilt) {  // most goals are ratios to them
+        for (Subject& subject : subjects) {
+            subject.peers.clear();
+            subject.target = {};
+        }
+    }
     if (subjects.empty())
         throw std::runtime_error("nothing matches --op " + options.operation + "; --list prints the names");
     return subjects;
@@ -119,8 +130,10 @@ void run(const Options& options) {
         print_stores(stdout, all);
     } else {
         print_summary(stdout, all);
-        std::fputc('\n', stdout);
-        print_targets(stdout, all);
+        if (kPeersBuilt) {
+            std::fputc('\n', stdout);
+            print_targets(stdout, all);
+        }
     }
     if (json)
         json->finish(options.json_path);
@@ -141,6 +154,9 @@ int main(int argc, char** argv) {
         run(options);
     } catch (const WrongBytes& wrong) {
         std::fprintf(stderr, "zepbmp-bench: wrong, not timed: %s\n", wrong.what());
+        return EXIT_FAILURE;
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "zepbmp-bench: out of memory; rings of frames take %zu MB each\n", ring_bytes() / 1000000);
         return EXIT_FAILURE;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "zepbmp-bench: %s\n", error.what());

@@ -10,6 +10,12 @@
 namespace zepbmp::bench {
 namespace {
 
+#ifdef _WIN32
+constexpr bool kElapsedTime = true;
+#else
+constexpr bool kElapsedTime = false;
+#endif
+
 /// What the library's tables are filled with for a row.
 struct KernelSet {
     const char* name;
@@ -122,7 +128,8 @@ public:
                                           [&](const Row& candidate) { return name.ends_with('/' + candidate.name); });
             if (row == rows_.end() || run.error_occurred || run.iterations == 0)
                 throw std::runtime_error("Google Benchmark reported a run that was not asked for: " + name);
-            row->seconds.push_back(run.cpu_accumulated_time / static_cast<double>(run.iterations));
+            const double seconds = kElapsedTime ? run.real_accumulated_time : run.cpu_accumulated_time;
+            row->seconds.push_back(seconds / static_cast<double>(run.iterations));
         }
         if (copy_)
             copy_->ReportRuns(runs);
@@ -194,9 +201,12 @@ std::vector<Row> measure(const Subject& subject, Effort effort, benchmark::Bench
     std::vector<Row> rows;
     benchmark::ClearRegisteredBenchmarks();
     const auto add = [&](Row row, auto timed) {
-        benchmark::RegisterBenchmark((subject.name + '/' + row.name).c_str(), timed)
-            ->Repetitions(effort.repetitions)
-            ->MinTime(effort.seconds);
+        benchmark::internal::Benchmark* const registered =
+            benchmark::RegisterBenchmark((subject.name + '/' + row.name).c_str(), timed)
+                ->Repetitions(effort.repetitions)
+                ->MinTime(effort.seconds);
+        if (kElapsedTime)
+            registered->UseRealTime();
         rows.push_back(std::move(row));
     };
     for (const KernelSet& set : sets) {

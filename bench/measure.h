@@ -14,7 +14,8 @@ namespace zepbmp::bench {
 
 enum class RowKind { kKernels, kYardstick, kPeer };
 
-/// One who did the job, and how long a call took in each repetition.
+/// One who did the job, and how long a call took in each repetition: processor time; on Windows, which counts that in
+/// steps of 10 ms and more, elapsed time.
 struct Row {
     std::string name;
     RowKind kind;
@@ -29,7 +30,7 @@ struct WrongBytes : std::runtime_error {
 
 struct Effort {
     int repetitions;
-    double seconds;  ///< of processor time, the least that a repetition takes
+    double seconds;  ///< the least that a repetition takes; see Row::seconds
 };
 
 /// Once, before the first measurement.

@@ -1,6 +1,7 @@
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include "drawing_peers.h"
 #include "polygon_peers.h"
 #include "rect_peers.h"
 
@@ -40,7 +41,7 @@ public:
         const double step = column_step;
         const cv::Matx33d from_index(step, 0, 0.5, 0, 1, 0.5, 0, 0, 1);
         const cv::Matx33d to_index(1 / step, 0, -0.5 / step - part_.x, 0, 1, -0.5 - part_.y, 0, 0, 1);
-        map_ = to_index * quad.to_texture * from_index;
+        map_ = to_index * cv::Matx33d(quad.to_texture.entries) * from_index;
     }
 
     void operator()(const cv::Mat& texture, cv::Mat frame) const {
@@ -99,6 +100,14 @@ Peer opencv_area_planes(const FrameShapes& frames) {
                 resize_area(from.chroma, to.chroma);
             },
             Picture::kSemiPlanar};
+}
+
+Peer opencv_lines(FrameShape frame, std::vector<LineEnds> lines, uint32_t color) {
+    return {"OpenCV", {frame}, [lines = std::move(lines), color](const FrameSet& f) {
+                cv::Mat matrix = as_matrix(*f[0]);
+                for (const LineEnds& line : lines)
+                    cv::line(matrix, {line.x0, line.y0}, {line.x1, line.y1}, color & 0xff);
+            }};
 }
 
 }  // namespace zepbmp::bench

@@ -77,7 +77,7 @@ class Sampler {
 public:
     Sampler(const TexturedQuad& quad, Sampling sampling) {
         pixman_f_transform_t map;
-        std::copy_n(quad.to_texture.val, 9, &map.m[0][0]);
+        std::copy_n(quad.to_texture.entries, 9, &map.m[0][0]);
         if (!pixman_transform_from_pixman_f_transform(&transform_, &map))
             throw std::runtime_error("a map does not fit pixman's 16.16 matrix");
         switch (sampling) {

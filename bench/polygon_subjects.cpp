@@ -13,8 +13,6 @@ namespace {
 constexpr Size kFullHd = {1920, 1080, false}, kUhd = {3840, 2160, false}, kUhd8K = {7680, 4320, false};
 constexpr uint32_t kColor = 0xff40b27d;
 
-using MapPolygon = decltype(bmp_map_polygon);
-
 FrameShape shape(int32_t format, Size size) { return {format, size.width, size.height}; }
 
 double bytes_per_pixel(int32_t format) {
@@ -83,7 +81,7 @@ Subject copied(const char* name, int32_t format, const Mapping& mapping, std::ve
                uint32_t flags = 0) {
     if (mapping.sampling == Sampling::kNearest)
         flags |= BMP_MAP_NO_FILTER;
-    const auto draw = [outline = quad_of(mapping).outline, flags](MapPolygon& map, const FrameSet& f) {
+    const auto draw = [outline = quad_of(mapping).outline, flags](auto& map, const FrameSet& f) {
         map(f[0], nullptr, nullptr, f[1], nullptr, outline.data(), 4, flags);
     };
     return quad(name, format, format, mapping, draw, std::move(peers), target);
@@ -122,7 +120,7 @@ Subject smooth_edges(const char* name, const Mapping& mapping) {
 /// buffer's first pixel, which the quad leaves alone, says how near the next call has to be. A new buffer holds depths
 /// below 1.
 Subject depth_tested(const char* name, int32_t format, const Mapping& mapping) {
-    const auto draw = [outline = quad_of(mapping).outline](MapPolygon& map, const FrameSet& f) {
+    const auto draw = [outline = quad_of(mapping).outline](auto& map, const FrameSet& f) {
         float nearness;
         std::memcpy(&nearness, f[1]->pixels, sizeof nearness);
         if (nearness < 1)
@@ -141,7 +139,7 @@ Subject depth_tested(const char* name, int32_t format, const Mapping& mapping) {
 }
 
 Subject tinted(const char* name, int32_t format, const Mapping& mapping) {
-    const auto draw = [outline = quad_of(mapping).outline](MapPolygon& map, const FrameSet& f) {
+    const auto draw = [outline = quad_of(mapping).outline](auto& map, const FrameSet& f) {
         map(f[0], nullptr, nullptr, BMP_INTEGER(kColor), f[1], outline.data(), 4, BMP_MAP_EXTRA);
     };
     std::vector<Peer> peers;
@@ -159,7 +157,7 @@ constexpr int kOpaque = 4096, kHalf = 2048;
 Subject filled(const std::string& name, int32_t format, const std::vector<Polygon>& polygons, int level,
                Target target) {
     const FrameShape frame = shape(format, kFullHd);
-    const auto draw = [polygons, level](MapPolygon& map, const FrameSet& f) {
+    const auto draw = [polygons, level](auto& map, const FrameSet& f) {
         for (const Polygon& polygon : polygons)
             map(f[0], nullptr, nullptr, BMP_INTEGER(kColor), BMP_INTEGER(level), polygon.data(),
                 static_cast<int32_t>(polygon.size()), BMP_MAP_EXTRA | BMP_MAP_SOLID);

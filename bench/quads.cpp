@@ -1,7 +1,5 @@
 #include "quads.h"
 
-#include <opencv2/core.hpp>
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -14,18 +12,22 @@ constexpr double kTurn = 17 * std::numbers::pi / 180;
 constexpr double kCover = 0.7;  // of the frame
 constexpr double kNearW = 1.3, kFarW = 0.7;
 
+struct Point {
+    double x, y;
+};
+
 BmpVertex corner(double x, double y) { return {0, 0, 1, static_cast<float>(x), static_cast<float>(y)}; }
 
-cv::Matx33d moved(double x, double y) { return {1, 0, x, 0, 1, y, 0, 0, 1}; }
+Matrix3 moved(double x, double y) { return {1, 0, x, 0, 1, y, 0, 0, 1}; }
 
-cv::Matx33d turned(double angle) {
+Matrix3 turned(double angle) {
     const double c = std::cos(angle), s = std::sin(angle);
     return {c, -s, 0, s, c, 0, 0, 0, 1};
 }
 
 /// Entries as multiples of 2^-16: exact for peers with 16.16 matrices, too.
-cv::Matx33d in_fixed_point(cv::Matx33d map) {
-    for (double& entry : map.val)
+Matrix3 in_fixed_point(Matrix3 map) {
+    for (double& entry : map.entries)
         entry = std::round(entry * 65536) / 65536;
     return map;
 }
@@ -33,36 +35,33 @@ cv::Matx33d in_fixed_point(cv::Matx33d map) {
 TexturedQuad quad_of_part(Size frame, Size texture, double reduction, View view, int32_t part_width) {
     // Every side of the part is even, and its middle is the texture's.
     const int32_t part_height = part_width * texture.height / texture.width / 4 * 4;
-    const cv::Rect part((texture.width - part_width) / 2, (texture.height - part_height) / 2, part_width, part_height);
-    cv::Matx33d perspective = cv::Matx33d::eye();
+    const TexturePart part = {(texture.width - part_width) / 2, (texture.height - part_height) / 2, part_width,
+                              part_height};
+    const double left = part.x, top = part.y, right = left + part.width, bottom = top + part.height;
+    Matrix3 perspective = kIdentity3;
     double scale = 1;  // of the homogeneous result: spends the bits before the point on the third row
     if (view == View::kPerspective) {
         perspective(2, 0) = (1 / kFarW - 1 / kNearW) / part_width;
         perspective(2, 2) = (1 / kFarW + 1 / kNearW) / 2;
         scale = 16;
     }
-    const cv::Matx33d shrunk = cv::Matx33d::diag({1 / reduction, 1 / reduction, 1});
-    const cv::Matx33d from_texture = moved(frame.width / 2.0, frame.height / 2.0) * turned(kTurn) * shrunk *
-                                     perspective * moved(-texture.width / 2.0, -texture.height / 2.0);
-    const cv::Matx33d to_texture = in_fixed_point(from_texture.inv() * scale);
-    const cv::Matx33d back = to_texture.inv();
+    const Matrix3 shrunk = {1 / reduction, 0, 0, 0, 1 / reduction, 0, 0, 0, 1};
+    const Matrix3 from_texture = moved(frame.width / 2.0, frame.height / 2.0) * turned(kTurn) * shrunk * perspective *
+                                 moved(-texture.width / 2.0, -texture.height / 2.0);
+    const Matrix3 to_texture = in_fixed_point(inverse(from_texture) * scale);
+    const Matrix3 back = inverse(to_texture);
     TexturedQuad quad = {{}, to_texture, part};
-    for (const cv::Point at :
-         {part.tl(), cv::Point(part.x + part.width, part.y), part.br(), cv::Point(part.x, part.y + part.height)}) {
-        const cv::Vec3d position = back * cv::Vec3d(at.x, at.y, 1);
-        BmpVertex vertex = corner(position[0] / position[2], position[1] / position[2]);
+    for (const Point at : {Point{left, top}, Point{right, top}, Point{right, bottom}, Point{left, bottom}}) {
+        const Vector3 position = back * Vector3{at.x, at.y, 1};
+        BmpVertex vertex = corner(position.x / position.z, position.y / position.z);
         vertex.u = static_cast<float>(at.x);
         vertex.v = static_cast<float>(at.y);
         if (view == View::kPerspective)
-            vertex.w = static_cast<float>(1 / (position[2] * scale));
+            vertex.w = static_cast<float>(1 / (position.z * scale));
         quad.outline.push_back(vertex);
     }
     return quad;
 }
-
-struct Point {
-    double x, y;
-};
 
 /// What of a polygon lies where inside(p) >= 0; `inside` is linear.
 template <class Inside>
@@ -108,11 +107,11 @@ Polygon star(Size frame) {
 namespace {
 
 Polygon rectangle(double cx, double cy, double width, double height, double angle) {
-    const cv::Matx33d place = moved(cx, cy) * turned(angle);
+    const Matrix3 place = moved(cx, cy) * turned(angle);
     Polygon polygon;
     for (const auto [x, y] : {Point{-1, -1}, Point{1, -1}, Point{1, 1}, Point{-1, 1}}) {
-        const cv::Vec3d at = place * cv::Vec3d(x * width / 2, y * height / 2, 1);
-        polygon.push_back(corner(at[0], at[1]));
+        const Vector3 at = place * Vector3{x * width / 2, y * height / 2, 1};
+        polygon.push_back(corner(at.x, at.y));
     }
     return polygon;
 }

@@ -2,22 +2,25 @@
 /// The polygons that are measured, and the map from a textured one to its texture.
 #pragma once
 
-#include <opencv2/core/matx.hpp>
-#include <opencv2/core/types.hpp>
-
 #include <vector>
 
+#include "matrix3.h"
 #include "subject.h"
 
 namespace zepbmp::bench {
 
 using Polygon = std::vector<BmpVertex>;
 
+/// A rectangle of a texture; begins and ends at even columns.
+struct TexturePart {
+    int32_t x, y, width, height;
+};
+
 /// A quad of a frame, and what it shows.
 struct TexturedQuad {
     Polygon outline;
-    cv::Matx33d to_texture;  ///< homogeneous, frame to texture; pixels, their centres at integer + 0.5
-    cv::Rect part;           ///< of the texture; begins and ends at even columns
+    Matrix3 to_texture;  ///< homogeneous, frame to texture; pixels, their centres at integer + 0.5
+    TexturePart part;
 };
 
 enum class View { kAffine, kPerspective };

@@ -17,8 +17,6 @@ constexpr Size kSmall = {480, 270, true}, kSmallTwoThirds = {320, 180, true}, kS
 /// Of 1920 x 1080; widths of YUY2 are multiples of 8, as its planes have no padding.
 constexpr Size kFraction = {1401, 788, false}, kFractionYuy2 = {1400, 788, false};
 
-using MapRect = decltype(bmp_map_rect);
-
 FrameShape shape(int32_t format, Size size) { return {format, size.width, size.height}; }
 double area(double width, double height) { return width * height; }
 
@@ -52,7 +50,7 @@ enum class Lines { kAll, kField };
 Subject mapped(std::string name, int32_t format, Size from, Size to, Part part, Lines lines, std::vector<Peer> peers,
                Target target) {
     const bool is_field = lines == Lines::kField, has_map = format != BMP_FMT_RGB8;
-    const auto draw = [=](MapRect& map, const FrameSet& f) {
+    const auto draw = [=](auto& map, const FrameSet& f) {
         Bitmap source = *f.back();
         source.create_flags = is_field ? BMP_FIELD : 0;
         map(f.front(), has_map ? f[1] : nullptr, 0, 0, static_cast<float>(to.width), static_cast<float>(to.height),

@@ -65,6 +65,7 @@ struct Subject {
 std::vector<Subject> compose_subjects();
 std::vector<Subject> color_subjects();
 std::vector<Subject> line_subjects();
+std::vector<Subject> drawing_subjects();
 std::vector<Subject> shape_subjects();
 std::vector<Subject> polygon_subjects();
 std::vector<Subject> rect_subjects();

@@ -2,6 +2,7 @@
 #
 #   require_packages PKG...   installs those of the packages that are not installed yet
 #   run_as_root CMD...        runs a command as root, through sudo where needed
+#   debian_main_suite         prints where apt has this release's main suite from
 
 run_as_root() {
     if [ "$(id -u)" -eq 0 ]; then
@@ -30,6 +31,19 @@ packages_available() {
         candidate=$(LC_ALL=C apt-cache policy "$package" 2>/dev/null | sed -n 's/^  Candidate: //p')
         [ -n "$candidate" ] && [ "$candidate" != "(none)" ] || return 1
     done
+}
+
+# Debian's main suite of this release as apt knows it: address, name, component.
+debian_main_suite() {
+    local suite
+    suite=$(apt-get indextargets --format '$(REPO_URI) $(CODENAME) $(COMPONENT)' \
+        'Created-By: Packages' 'Origin: Debian' 'Component: main' |
+        awk '$2 !~ /-/ && !done { print; done = 1 }')
+    if [ -z "$suite" ]; then
+        echo "error: apt knows no Debian main suite; run apt-get update" >&2
+        return 1
+    fi
+    echo "$suite"
 }
 
 require_packages() {

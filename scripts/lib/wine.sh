@@ -93,19 +93,13 @@ wine_install_system() {
 
 # Downloads wine32 and everything it needs with an apt state of its own, and unpacks it.
 wine_unpack() {
-    local apt=$zepbmp_cache/wine-apt source package link target zlib
+    local apt=$zepbmp_cache/wine-apt suite package link target zlib
     echo "== unpacking Debian's 32-bit Wine into $wine_root"
     rm -rf "$wine_root" "$apt" || return 1
     mkdir -p "$wine_root" "$apt/lists/partial" "$apt/archives/partial" || return 1
 
-    source=$(apt-get indextargets --format '$(REPO_URI) $(CODENAME) $(COMPONENT)' \
-        'Created-By: Packages' 'Origin: Debian' 'Component: main' |
-        awk '$2 !~ /-/ && !done { print "deb", $0; done = 1 }')
-    if [ -z "$source" ]; then
-        echo "error: apt knows no Debian main suite to take Wine from; run apt-get update" >&2
-        return 1
-    fi
-    echo "$source" >"$apt/sources.list"
+    suite=$(debian_main_suite) || return 1
+    echo "deb $suite" >"$apt/sources.list"
     : >"$apt/status"
     local options=(-o Dir::State="$apt" -o Dir::State::status="$apt/status" -o Dir::Cache="$apt"
         -o Dir::Etc::SourceList="$apt/sources.list" -o Dir::Etc::SourceParts=/dev/null

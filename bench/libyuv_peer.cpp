@@ -1,8 +1,7 @@
+#include "drawing_peers.h"
 #include "peers.h"
 
 #include <libyuv/planar_functions.h>
-
-#include <cstring>
 
 namespace zepbmp::bench {
 namespace {
@@ -21,21 +20,6 @@ struct Planes {
 int interpolation(int level) { return (level * 256 + 2048) / 4096; }
 
 }  // namespace
-
-Yardstick memcpy_of(double bytes) {
-    const FrameShape half = raw_bytes(bytes / 2);
-    return {{"memcpy",
-             {half, half},
-             [](const FrameSet& f) { std::memcpy(f[0]->pixels, f[1]->pixels, static_cast<size_t>(f[0]->width)); }},
-            36};
-}
-
-Yardstick memset_of(double bytes) {
-    return {{"memset",
-             {raw_bytes(bytes)},
-             [](const FrameSet& f) { std::memset(f[0]->pixels, 0, static_cast<size_t>(f[0]->width)); }},
-            30};
-}
 
 Peer libyuv_blend_rgbq(Size size) {
     const FrameShape frame = {BMP_FMT_RGBQ, size.width, size.height};
@@ -115,6 +99,15 @@ Peer libyuv_copy_rectangle(FrameShape frame, CopyRectangle r) {
                 libyuv::CopyPlane(f[1]->pixels + static_cast<ptrdiff_t>(r.src_y) * pitch + r.src_x_bytes, pitch,
                                   f[0]->pixels + static_cast<ptrdiff_t>(r.dest_y) * pitch + r.dest_x_bytes, pitch,
                                   r.width_bytes, r.height);
+            },
+            Picture::kSame};
+}
+
+Peer libyuv_rectangle(FrameShape frame, const Rectangle& r, uint32_t color) {
+    return {"libyuv",
+            {frame},
+            [=](const FrameSet& f) {
+                libyuv::ARGBRect(f[0]->pixels, f[0]->pitch, r.left, r.top, r.width, r.height, color);
             },
             Picture::kSame};
 }
