@@ -32,14 +32,16 @@ DibHeader describe(const Bitmap& bitmap, uint32_t colors) {
 }
 
 DibHeader* build(const Bitmap& bitmap) {
-    const uint32_t colors = bitmap.format == BMP_FMT_RGB8 ? kPaletteColors : 0;
-    auto* const header = static_cast<DibHeader*>(std::malloc(sizeof(DibHeader) + colors * sizeof(uint32_t)));
-    if (!header)
+    const DibHeader header = describe(bitmap, bitmap.format == BMP_FMT_RGB8 ? kPaletteColors : 0);
+    // Windows reads a whole table behind every 8-bit header, also where no colour counts as used.
+    const uint32_t colors = header.bits_per_pixel == 8 ? kPaletteColors : 0;
+    auto* const built = static_cast<DibHeader*>(std::malloc(sizeof(DibHeader) + colors * sizeof(uint32_t)));
+    if (!built)
         return nullptr;
-    *header = describe(bitmap, colors);
+    *built = header;
     for (uint32_t i = 0; i < colors; ++i)
-        palette_of(header)[i] = i * 0x010101;
-    return header;
+        palette_of(built)[i] = i * 0x010101;
+    return built;
 }
 
 }  // namespace

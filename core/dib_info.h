@@ -29,7 +29,7 @@ constexpr int32_t kPaletteColors = 256;
 /// The colour table of an 8-bit bitmap, behind its header: blue in bits 0..7, green 8..15, red 16..23.
 inline uint32_t* palette_of(DibHeader* header) { return reinterpret_cast<uint32_t*>(header + 1); }
 
-/// The bitmap's header, built on first need; an 8-bit bitmap's colour table starts as a grey ramp. Null when memory is
+/// The bitmap's header, built on first need; an 8-bit picture's colour table starts as a grey ramp. Null when memory is
 /// short: the next call tries again. bmp_destroy frees it.
 DibHeader* dib_info_of(Bitmap& bitmap);
 

@@ -17,6 +17,8 @@ constexpr uint32_t kRectSet = 0, kRectOr = 16, kRectAnd = 32;
 /// Where bmp_draw_line's mode holds its operation.
 constexpr uint32_t kLineOpMask = 0x70;
 
+constexpr size_t kLinesAhead = 2;  ///< that are asked for, because a rectangle's lines are no long stream
+
 /// Calls `draw(dst, bytes)` for each line of the rectangle, as much of it as lies in the bitmap, or once where its lines
 /// follow each other without a gap.
 template <class Draw>
@@ -34,8 +36,12 @@ void for_each_run(const Bitmap& bitmap, int32_t left, int32_t top, int32_t right
     if (bytes == static_cast<size_t>(bitmap.pitch)) {
         draw(first, bytes * lines, store);
     } else {
-        for (size_t y = 0; y < lines; ++y)
-            draw(first + y * static_cast<size_t>(bitmap.pitch), bytes, store);
+        const auto pitch = static_cast<size_t>(bitmap.pitch);
+        for (size_t y = 0; y < lines; ++y) {
+            if (store == kStoreCached)
+                line_kernels.prefetch(first + (y + kLinesAhead) * pitch, bytes, 0, 1);
+            draw(first + y * pitch, bytes, store);
+        }
     }
     if (store == kStoreStreamed)
         line_kernels.end_stream();

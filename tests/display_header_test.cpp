@@ -99,6 +99,17 @@ TEST(Palette, StartsAsAGreyRamp) {
         EXPECT_EQ(color(bitmap, i), static_cast<uint32_t>(i << 16 | i << 8 | i)) << i;
 }
 
+// The graphics interface reads a table behind each header of 8 bits.
+TEST(Palette, EveryEightBitPictureHasOne) {
+    for (const int format : {BMP_FMT_A8, 99}) {
+        const OwnedBitmap bitmap = make_bitmap(16, 1, format);  // one line: an unknown format's pixel has one byte
+        library().set_palette(bitmap.get(), 3, 0x5a5a5a);
+        expect_header(bitmap, 16, 8, 0);
+        for (int i = 0; i < 256; ++i)
+            EXPECT_EQ(color(bitmap, i), static_cast<uint32_t>(i * 0x010101)) << i;
+    }
+}
+
 TEST(Palette, HoldsTheWholeWordThatWasSet) {
     const OwnedBitmap bitmap = make_bitmap(20, 4, BMP_FMT_RGB8);
     library().set_palette(bitmap.get(), 255, 0x00ff0000);
