@@ -2,7 +2,11 @@
 #   zepbmp_sources(folder file...)   adds files; the name's ending picks flags and system
 
 add_library(zepbmp_objects OBJECT)
-add_library(zepbmp SHARED $<TARGET_OBJECTS:zepbmp_objects>)
+if(WIN32)
+    add_library(zepbmp SHARED platform/dll_entry_win32.cpp)
+else()
+    add_library(zepbmp SHARED $<TARGET_OBJECTS:zepbmp_objects>)
+endif()
 add_library(zepbmp_static STATIC $<TARGET_OBJECTS:zepbmp_objects>)
 add_library(zepbmp::zepbmp ALIAS zepbmp)
 add_library(zepbmp::zepbmp_static ALIAS zepbmp_static)
@@ -26,8 +30,23 @@ set_target_properties(zepbmp_static PROPERTIES OUTPUT_NAME zepbmp EXPORT_NAME ze
 
 if(WIN32)
     set(zepbmp_def ${PROJECT_SOURCE_DIR}/platform/exports.def)
+    set(zepbmp_linker_map ${PROJECT_BINARY_DIR}/zepbmp.map)
     set_target_properties(zepbmp PROPERTIES PREFIX "" LINK_DEPENDS ${zepbmp_def})
-    target_link_options(zepbmp PRIVATE ${zepbmp_def})
+    # The DLL is the exports and what they refer to. With an entry point of its own it holds no start-up code of the C
+    # runtime; nothing applies run-time relocations then, so the linker may not make any. Without the time of day the
+    # same sources give the same bytes.
+    target_link_libraries(zepbmp_static PRIVATE gdi32)
+    target_link_libraries(zepbmp PRIVATE zepbmp_static)
+    target_link_options(zepbmp PRIVATE ${zepbmp_def}
+        -nostartfiles LINKER:--entry=_zepbmp_entry@12 LINKER:--disable-auto-import
+        LINKER:--dynamicbase LINKER:--nxcompat LINKER:--no-insert-timestamp
+        LINKER:-Map=${zepbmp_linker_map} $<$<CONFIG:Release>:LINKER:--strip-all>)
+
+    # The version resource.
+    enable_language(RC)
+    file(STRINGS LICENSE zepbmp_copyright REGEX "^Copyright " LIMIT_COUNT 1)
+    configure_file(platform/version_win32.rc.in version.rc @ONLY)
+    target_sources(zepbmp PRIVATE ${PROJECT_BINARY_DIR}/version.rc)
 
     # Import libraries, one for each of the common linkers. What the MinGW linker makes by itself resolves other symbols
     # than hosts refer to, because these exports carry their underscore; so it is replaced. The Microsoft-style linker
@@ -36,21 +55,24 @@ if(WIN32)
         DOC "Makes zepbmp.lib, the import library for Microsoft-style linkers (package lld)")
     file(READ ${zepbmp_def} zepbmp_names)
     string(REGEX MATCHALL "_bmp_[a-z_]+@[0-9]+" zepbmp_names "${zepbmp_names}")
-    list(JOIN zepbmp_names "\n" zepbmp_def_lines)
+    list(TRANSFORM zepbmp_names PREPEND "    " OUTPUT_VARIABLE zepbmp_def_lines)
+    list(JOIN zepbmp_def_lines "\n" zepbmp_def_lines)
     list(TRANSFORM zepbmp_names REPLACE ".+" ".globl \\0\n\\0: ret" OUTPUT_VARIABLE zepbmp_stub_lines)
     list(JOIN zepbmp_stub_lines "\n" zepbmp_stub_lines)
-    file(CONFIGURE OUTPUT import.def CONTENT "LIBRARY zepbmp.dll\nEXPORTS\n${zepbmp_def_lines}\n" @ONLY)
+    set(ZEPBMP_IMPORT_DEF ${PROJECT_BINARY_DIR}/zepbmp.def)
+    configure_file(platform/import.def.in ${ZEPBMP_IMPORT_DEF} @ONLY)
     file(CONFIGURE OUTPUT import.s CONTENT "${zepbmp_stub_lines}\n" @ONLY)
-    set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${zepbmp_def})
+    set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${zepbmp_def} LICENSE)
     set(ZEPBMP_MSVC_IMPORT_LIBRARY ${PROJECT_BINARY_DIR}/zepbmp.lib)
     add_custom_command(TARGET zepbmp POST_BUILD WORKING_DIRECTORY ${PROJECT_BINARY_DIR}
-        COMMAND ${CMAKE_DLLTOOL} --no-leading-underscore --input-def import.def --dllname $<TARGET_FILE_NAME:zepbmp>
+        COMMAND ${CMAKE_DLLTOOL} --no-leading-underscore --deterministic-libraries --temp-prefix zepbmp
+                --input-def ${ZEPBMP_IMPORT_DEF} --dllname $<TARGET_FILE_NAME:zepbmp>
                 --output-lib $<TARGET_LINKER_FILE_NAME:zepbmp>
         COMMAND ${CMAKE_CXX_COMPILER} -c import.s -o import.obj
-        COMMAND ${ZEPBMP_LLD_LINK} /nologo /dll /noentry /machine:x86 /safeseh:no /nodefaultlib
-                /def:import.def import.obj /out:import.dll /implib:zepbmp.lib
+        COMMAND ${ZEPBMP_LLD_LINK} /nologo /dll /noentry /machine:x86 /safeseh:no /nodefaultlib /timestamp:0
+                /def:${ZEPBMP_IMPORT_DEF} import.obj /out:import.dll /implib:zepbmp.lib
         COMMAND ${CMAKE_COMMAND} -E rm import.obj import.dll
-        BYPRODUCTS ${ZEPBMP_MSVC_IMPORT_LIBRARY}
+        BYPRODUCTS ${ZEPBMP_MSVC_IMPORT_LIBRARY} ${zepbmp_linker_map}
         COMMENT "Making the import libraries" VERBATIM)
 else()
     set(zepbmp_map ${PROJECT_SOURCE_DIR}/cmake/exports.map)

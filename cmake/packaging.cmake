@@ -6,6 +6,7 @@ install(FILES include/zepbmp.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS zepbmp zepbmp_static EXPORT zepbmp)
 if(WIN32)
     install(FILES ${ZEPBMP_MSVC_IMPORT_LIBRARY} DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    include(windows_zip)
 endif()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zepbmp)

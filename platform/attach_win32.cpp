@@ -1,6 +1,6 @@
 /// \file
-/// Load on 32-bit Windows. The C++ runtime's entry point runs constructors at process attach, under the loader lock:
-/// nothing is allocated, no library loaded, no thread started here.
+/// Load on 32-bit Windows. The constructor serves hosts of the static library; the DLL has an entry point of its own,
+/// dll_entry_win32.cpp.
 #include <windows.h>
 
 #include "core/export.h"

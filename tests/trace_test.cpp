@@ -103,6 +103,32 @@ TEST(Trace, WorksOnAnotherStack) {
     EXPECT_EQ(stack[0], 0xa5) << "the stack was too small to tell";
 }
 
+constexpr int kLineHeight = 20;
+constexpr COLORREF kBlue = 0xff0000, kWhite = 0xffffff;
+
+// A message is black on white, the bar below it is blue.
+TEST(Trace, OnScreenGoesDownAndStartsAgain) {
+    const HDC screen = GetDC(nullptr);
+    const int width = GetDeviceCaps(screen, HORZRES), height = GetDeviceCaps(screen, VERTRES);
+    if (GetPixel(screen, 0, 0) == CLR_INVALID) {
+        ReleaseDC(nullptr, screen);
+        GTEST_SKIP() << "there is no screen; the test display.trace has one";
+    }
+    int y = 0;
+    for (int i = 0; i < 2 * height / kLineHeight + 3; ++i) {
+        PatBlt(screen, 0, 0, width, height, BLACKNESS);
+        trace_on_screen("%d: %s", i, "message");
+        ASSERT_EQ(GetPixel(screen, 0, y), kWhite) << "message " << i << " at " << y;
+        y += kLineHeight;
+        if (y < height) {
+            ASSERT_EQ(GetPixel(screen, 50, y), kBlue) << "bar " << i << " at " << y;
+        }
+        if (height - kLineHeight < y)
+            y = 0;
+    }
+    ReleaseDC(nullptr, screen);
+}
+
 #endif
 
 }  // namespace

@@ -7,7 +7,11 @@ inline function that a per-set file shared with baseline code would be kept once
 so a per-set object defines no weak symbol and no COMDAT section. No object has a dynamic initialiser: it could run after the constructor that
 fills the tables.
 
+The same is asked of a linked DLL, where the linker's map tells which object each piece of code came from: that
+includes what the compiler's own libraries added, which has to be baseline code.
+
 usage: check_objects.py --bits 32|64 --objdump PROGRAM --nm PROGRAM LIST      (LIST: a file with one object path a line)
+       check_objects.py --objdump PROGRAM --linked DLL MAP [--self-test]
        check_objects.py --self-test --assembler PROGRAM --objdump PROGRAM --nm PROGRAM
 """
 import argparse
@@ -101,15 +105,21 @@ def run(*command):
     return done.stdout
 
 
+def is_per_set(stem):
+    return stem.rsplit("_", 1)[-1] in LEVEL_OF_FILE
+
+
+def allowed_in(stem, bits):
+    """The level that a source file may hold, and the instructions above it that are named exceptions."""
+    level = LEVEL_OF_FILE.get(stem.rsplit("_", 1)[-1], BASE)
+    return max(level, SSE2) if bits == 64 else level, EXCEPTIONS.get(stem, (set(), ""))[0]
+
+
 def check_object(path, bits, objdump, nm):
     """Findings of one object, as lines of text, and how many instructions were looked at."""
     stem = os.path.basename(path).split(".")[0]
-    suffix = stem.rsplit("_", 1)[-1]
-    per_set = suffix in LEVEL_OF_FILE
-    allowed = LEVEL_OF_FILE.get(suffix, BASE)
-    if bits == 64:
-        allowed = max(allowed, SSE2)
-    extra = EXCEPTIONS.get(stem, (set(), ""))[0]
+    per_set = is_per_set(stem)
+    allowed, extra = allowed_in(stem, bits)
 
     findings = {}
     count = 0
@@ -158,6 +168,81 @@ def check_list(arguments):
     print(f"{len(objects)} objects, {count} instructions, {len(findings)} findings")
     if count == 0:
         sys.exit("error: the objects hold no code")
+    sys.exit(1 if findings else 0)
+
+
+PIECE = re.compile(r"^ \.text\S*\s+0x([0-9a-f]+)\s+0x([0-9a-f]+) (\S.*)$", re.MULTILINE)
+
+
+def read_map(path):
+    """Pieces of code in a GNU linker map: first address, end, source file's stem, whose it is."""
+    with open(path) as file:
+        text = file.read().split("Linker script and memory map", 1)[-1]
+    pieces = []
+    for start, size, origin in PIECE.findall(text):
+        start, size = int(start, 16), int(size, 16)
+        if start == 0 or size == 0:
+            continue  # left out of the file
+        member = re.search(r"\(([^()]*)\)$", origin)
+        name = member.group(1) if member else os.path.basename(origin)
+        # A member of another library may have any name.
+        ours = not member or os.path.basename(origin).startswith("libzepbmp.a(")
+        pieces.append((start, start + size, name.split(".")[0] if ours else "", origin))
+    return sorted(pieces)
+
+
+def check_linked(dll, pieces, objdump):
+    """Findings of a linked 32-bit DLL, and how many instructions were looked at."""
+    findings = {}
+    counts = dict.fromkeys(("ours", "other", "per set"), 0)
+    current = 0
+    for line in run(objdump, "-d", "-w", "-M", "att", dll).splitlines():
+        match = INSTRUCTION.match(line)
+        if not match:
+            continue
+        address = int(line.split(":")[0], 16)
+        if pieces and address >= pieces[-1][1]:
+            break  # the lists of constructors stand behind the code
+        while current < len(pieces) and address >= pieces[current][1]:
+            current += 1
+        name, level = level_of(bytes.fromhex(match.group(1)), match.group(2), 32)
+        if not pieces or address < pieces[current][0]:
+            stem, origin = "", "between the pieces"
+        else:
+            stem, origin = pieces[current][2:]
+        counts["per set" if is_per_set(stem) else "ours" if stem else "other"] += 1
+        allowed, extra = allowed_in(stem, 32)
+        if level > allowed and name not in extra:
+            findings.setdefault((origin, name, level), f"{address:x}: {match.group(2)}")
+    return [f"{dll}: {NAMES[level]} instruction from {origin}: {text}"
+            for (origin, name, level), text in findings.items()], counts
+
+
+def self_test_linked(dll, pieces, objdump):
+    """Where a per-set file calls itself baseline, that has to be found; where none does, nothing."""
+    wrong = int(bool(check_linked(dll, pieces, objdump)[0]))
+    suffixes = sorted({stem.rsplit("_", 1)[-1] for _, _, stem, _ in pieces if is_per_set(stem)})
+    for suffix in suffixes:
+        renamed = [(start, end, stem.replace("_" + suffix, ""), origin) for start, end, stem, origin in pieces]
+        if not check_linked(dll, renamed, objdump)[0]:
+            wrong += 1
+            print(f"not found: {suffix} instructions in baseline code")
+    print(f"{len(suffixes) + 1} cases, {wrong} wrong")
+    sys.exit(1 if wrong or len(suffixes) < 4 else 0)
+
+
+def report_linked(arguments):
+    dll, map_path = arguments.linked
+    pieces = read_map(map_path)
+    if arguments.self_test:
+        self_test_linked(dll, pieces, arguments.objdump)
+    findings, counts = check_linked(dll, pieces, arguments.objdump)
+    for line in findings:
+        print(line)
+    print("instructions: {ours} baseline, {per set} per set, {other} of other libraries; ".format(**counts) +
+          f"{len(findings)} findings")
+    if not counts["ours"] or not counts["per set"]:
+        sys.exit("error: the map does not fit the DLL")
     sys.exit(1 if findings else 0)
 
 
@@ -246,9 +331,12 @@ def main():
     parser.add_argument("--nm", default="nm")
     parser.add_argument("--assembler", default="as")
     parser.add_argument("--self-test", action="store_true")
+    parser.add_argument("--linked", nargs=2, metavar=("DLL", "MAP"))
     parser.add_argument("list", nargs="?")
     arguments = parser.parse_args()
-    if arguments.self_test:
+    if arguments.linked:
+        report_linked(arguments)
+    elif arguments.self_test:
         self_test(arguments)
     elif not arguments.list or not arguments.bits:
         parser.error("a list of objects and --bits are needed")

@@ -56,3 +56,7 @@ endif()
 add_test(NAME check.package COMMAND ${CMAKE_COMMAND} -D BUILD=${PROJECT_BINARY_DIR} -D SOURCE=${consumer}
     -D WORK=${PROJECT_BINARY_DIR}/consumer -D C_COMPILER=${CMAKE_C_COMPILER} -D C_FLAGS=${CMAKE_C_FLAGS} ${how}
     -P ${consumer}/test_package.cmake)
+
+if(WIN32)
+    include(checks/windows/windows)
+endif()

@@ -3,22 +3,7 @@
 #   cmake -D BUILD=... -D SOURCE=... -D WORK=... -D C_COMPILER=... -D C_FLAGS=... [-D TOOLCHAIN=...] [-D CONFIGURE=...]
 #         [-D EMULATOR=...] [-D LLD_LINK=...] -P test_package.cmake
 
-function(run)
-    cmake_parse_arguments(PARSE_ARGV 0 run "" "FOLDER;OUTPUT" "COMMAND")
-    if(NOT run_FOLDER)
-        set(run_FOLDER ${WORK})
-    endif()
-    execute_process(COMMAND ${run_COMMAND} WORKING_DIRECTORY ${run_FOLDER} RESULT_VARIABLE status
-        OUTPUT_VARIABLE text ERROR_VARIABLE errors OUTPUT_STRIP_TRAILING_WHITESPACE)
-    list(JOIN run_COMMAND " " command)
-    message("$ ${command}\n${text}${errors}")
-    if(NOT status EQUAL 0)
-        message(FATAL_ERROR "ended with ${status}")
-    endif()
-    if(run_OUTPUT)
-        set(${run_OUTPUT} "${text}" PARENT_SCOPE)
-    endif()
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 
 set(prefix ${WORK}/prefix)
 file(REMOVE_RECURSE ${WORK})
