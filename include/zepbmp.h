@@ -195,10 +195,10 @@ void BMP_CALL bmp_set_palette(Bitmap* bitmap, int32_t index, uint32_t color);
  *   src_x                           the bitmap's column at its left edge; the source y is always 0
  *   start_line                      first scan line, not a source y
  *   Windows counts both from the last line upward: line k of the rectangle shows the bitmap's line
- *   bitmap height - height + start_line + k, and the device keeps what it has where there is no such line. A rectangle as
- *   high as the bitmap and start_line 0 show the picture from its top.
- *   The bitmap is described to Windows by its display header, built on first need: an uncompressed picture from the top,
- *   as wide as its padded line (pitch / bytes_per_pixel), with 8 bits a pixel and the colour table for RGB8, else
+ *   bitmap height - height + start_line + k, and the device keeps what it has where there is no such line. A rectangle
+ *   as high as the bitmap and start_line 0 show the picture from its top.
+ *   The bitmap is described to Windows by its display header, built on first need: an uncompressed picture from the
+ *   top, as wide as its padded line (pitch / bytes_per_pixel), with 8 bits a pixel and the colour table for RGB8, else
  *   8 * bytes_per_pixel. No colour is converted: the 16-bit formats are shown as 5-5-5 RGB.
  *   Other systems than Windows have no device context: the header is built, nothing is shown.
  * returns  the number of lines set; 0 on failure, where memory for the header is short, and on other systems */
@@ -329,10 +329,10 @@ void BMP_CALL bmp_map_polygon(Bitmap* dst, Bitmap* dst2, Bitmap* aux, const void
  *             and a line that is covered in part: there a weight goes beyond 4096 where it was not 0.
  *   The other pixel of a YUY2 bitmap's last pair stands in the padding where the width is odd; it counts as a pixel.
  *   An empty rectangle and other formats draw nothing. Nothing is drawn outside dest or weight_map.
- * caller   dx1 and dy1 lie inside dest and sx1 and sy1 inside src; src has dest's format; weight_map has dest's size and
- *          16-bit pixels. dest, weight_map and src are distinct. Coordinates lie within +-2^18 pixels and 2^19 lines;
- *          others, and what is not a number, give some picture or none, inside dest and weight_map. Some 110 KB of
- *          stack are free. */
+ * caller   dx1 and dy1 lie inside dest and sx1 and sy1 inside src; src has dest's format; weight_map has dest's size
+ *          and 16-bit pixels. dest, weight_map and src are distinct. Coordinates lie within +-2^18 pixels and 2^19
+ *          lines; others, and what is not a number, give some picture or none, inside dest and weight_map. Some 110 KB
+ *          of stack are free. */
 void BMP_CALL bmp_map_rect(Bitmap* dest, Bitmap* weight_map, float dx0, float dy0, float dx1, float dy1,
                            const Bitmap* src, const int32_t* src_size, float sx0, float sy0, float sx1, float sy1,
                            uint32_t flags);

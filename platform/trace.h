@@ -3,8 +3,8 @@
 /// again.
 #pragma once
 
-#include <cstdarg>
-#include <cstdint>
+#include <stdarg.h>
+#include <stdint.h>
 
 namespace zepbmp {
 
@@ -17,6 +17,9 @@ void set_trace_mode(int32_t mode);
 /// As printf. On the way to the standard output the message is a format once more: a per-cent sign takes four.
 __attribute__((format(printf, 1, 2))) void trace_printf(const char* format, ...);
 __attribute__((format(printf, 1, 0))) void trace_vprintf(const char* format, va_list arguments);
+
+/// What the debugger gets, or the standard error output.
+void send_to_debugger(const char* message);
 
 #if defined(_WIN32)
 /// trace_vprintf on another stack, for code whose own is nearly full. `stack_end` is the address behind it.

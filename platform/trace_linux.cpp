@@ -3,32 +3,7 @@
 #include "platform/trace.h"
 
 namespace zepbmp {
-namespace {
 
-int32_t trace_mode = 1;
-
-}  // namespace
-
-void set_trace_mode(int32_t mode) { trace_mode = mode; }
-
-void trace_vprintf(const char* format, va_list arguments) {
-    char message[kTraceBytes];
-    std::vsnprintf(message, sizeof message, format, arguments);
-    if (trace_mode != 0) {
-        std::fputs(message, stderr);
-        return;
-    }
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-security"
-    std::printf(message);
-#pragma GCC diagnostic pop
-}
-
-void trace_printf(const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    trace_vprintf(format, arguments);
-    va_end(arguments);
-}
+void send_to_debugger(const char* message) { std::fputs(message, stderr); }
 
 }  // namespace zepbmp

@@ -1,46 +1,23 @@
-// The C runtime's own formatting: MinGW's would be linked in with all its floating point.
-#define __USE_MINGW_ANSI_STDIO 0
-#include <stdio.h>
-#include <string.h>
 #include <windows.h>
+
+#include <cstring>
 
 #include "platform/trace.h"
 
 namespace zepbmp {
 namespace {
 
-int32_t trace_mode = 1;
-
 constexpr int kLineHeight = 20;  // pixels
 int next_line_y = 0;
 int screen_bottom = 0;  // where lines end; 0 until it is known
 
-void draw_text(HDC screen, const char* text) { TextOutA(screen, 0, next_line_y, text, static_cast<int>(strlen(text))); }
+void draw_text(HDC screen, const char* text) {
+    TextOutA(screen, 0, next_line_y, text, static_cast<int>(std::strlen(text)));
+}
 
 }  // namespace
 
-void set_trace_mode(int32_t mode) { trace_mode = mode; }
-
-void trace_vprintf(const char* format, va_list arguments) {
-    char message[kTraceBytes];
-    _vsnprintf(message, sizeof message, format, arguments);
-    message[sizeof message - 1] = 0;
-    if (trace_mode != 0) {
-        OutputDebugStringA(message);
-        return;
-    }
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-security"
-    printf(message);
-#pragma GCC diagnostic pop
-}
-
-void trace_printf(const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    trace_vprintf(format, arguments);
-    va_end(arguments);
-}
+void send_to_debugger(const char* message) { OutputDebugStringA(message); }
 
 void trace_vprintf_on_stack(void* stack_end, const char* format, va_list arguments) {
     void (*const print)(const char*, va_list) = trace_vprintf;
