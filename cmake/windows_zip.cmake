@@ -16,7 +16,7 @@ function(zepbmp_zip_rules)
     zepbmp_zip_install(bin $<TARGET_FILE:zepbmp>)
     zepbmp_zip_install(lib $<TARGET_LINKER_FILE:zepbmp> ${ZEPBMP_MSVC_IMPORT_LIBRARY})
     zepbmp_zip_install(docs docs/windows.md docs/rounding.md docs/polygons.md docs/rectangles.md)
-    zepbmp_zip_install(examples examples/show_win32.c)
+    zepbmp_zip_install(examples examples/c/show_win32.c)
     if(TARGET show_win32)
         # Its C runtime is part of it, so that it needs no DLL but zepbmp.dll beside it.
         target_link_options(show_win32 PRIVATE LINKER:--no-insert-timestamp $<$<CONFIG:Release>:LINKER:--strip-all>)

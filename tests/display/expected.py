@@ -1,4 +1,4 @@
-"""The client area of the sample host's window (examples/show_win32.c), computed from docs/rounding.md pixel by pixel.
+"""The client area of the sample host's window (examples/c/show_win32.c), computed from docs/rounding.md pixel by pixel.
 
 The formulas are those of processor levels 1 to 4.
 """
