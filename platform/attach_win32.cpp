@@ -1,5 +1,5 @@
 /// \file
-/// Load on 32-bit Windows. The constructor serves hosts of the static library; the DLL has an entry point of its own,
+/// Load on Windows. The constructor serves hosts of the static library; the DLL has an entry point of its own,
 /// dll_entry_win32.cpp.
 #include <windows.h>
 
@@ -11,6 +11,17 @@ namespace zepbmp {
 namespace {
 
 __attribute__((constructor(101))) BMP_REALIGN void attach() { attach_process(); }
+
+}  // namespace
+
+// It shares a file with the constructor so that whoever links detection from the static library gets the constructor too.
+#if defined(__x86_64__)
+
+bool sse_registers_usable() { return true; }
+
+#else
+
+namespace {
 
 /// What fs:[0] points to, with one word behind it for the handler.
 struct ProbeFrame {
@@ -53,5 +64,7 @@ __attribute__((noinline)) bool sse_registers_usable() {
         : "eax", "memory");
     return !frame.faulted;
 }
+
+#endif
 
 }  // namespace zepbmp

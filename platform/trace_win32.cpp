@@ -22,7 +22,18 @@ void send_to_debugger(const char* message) { OutputDebugStringA(message); }
 void trace_vprintf_on_stack(void* stack_end, const char* format, va_list arguments) {
     void (*const print)(const char*, va_list) = trace_vprintf;
     void* stack = reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(stack_end) & ~uintptr_t{15});
-    // The caller's stack pointer stays in ebx, which the callee keeps.
+    // The caller's stack pointer stays in ebx or rbx, which the callee keeps.
+#if defined(__x86_64__)
+    // Arguments are in registers, below them lie the 32 bytes that belong to the callee.
+    asm volatile(
+        "movq %%rsp, %%rbx\n\t"
+        "leaq -32(%2), %%rsp\n\t"
+        "call *%3\n\t"
+        "movq %%rbx, %%rsp"
+        : "+c"(format), "+d"(arguments)
+        : "S"(stack), "D"(print)
+        : "rax", "rbx", "r8", "r9", "r10", "r11", "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "memory", "cc");
+#else
     asm volatile(
         "movl %%esp, %%ebx\n\t"
         "movl %0, %%esp\n\t"
@@ -34,6 +45,7 @@ void trace_vprintf_on_stack(void* stack_end, const char* format, va_list argumen
         : "+a"(stack), "+d"(arguments)
         : "D"(print), "S"(format)
         : "ebx", "ecx", "memory", "cc");
+#endif
 }
 
 void trace_on_screen(const char* format, ...) {

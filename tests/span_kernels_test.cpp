@@ -273,9 +273,7 @@ protected:
         span.line = line.first() - ptrdiff_t{line_first_} * group().pixel_bytes;
         if (group().depth)
             span.depth = reinterpret_cast<float*>(depth.first()) - span.first;
-        const CallCheck check;
-        kernel(texture, span);
-        EXPECT_STREQ(check.complaint(), "");
+        call_checked(kernel, texture, span);
     }
 
     /// Depths around the span's own w, which the plain kernel tells.

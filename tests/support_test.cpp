@@ -7,6 +7,7 @@
 #include "support/cpu_state.h"
 #include "support/fence.h"
 #include "support/frame.h"
+#include "support/moved_stack.h"
 #include "support/random.h"
 
 namespace zepbmp::test {
@@ -54,6 +55,55 @@ TEST(Fence, FramesShowEveryChangedByte) {
     frame.bitmap()->reserved ^= 1;
     EXPECT_NE(frame.difference(copy), "");
 }
+
+#if defined(__x86_64__)
+
+// Functions as a caller sees them, without a frame.
+extern "C" uintptr_t stack_where_called() asm("zepbmp_test_stack_where_called");
+extern "C" void change_a_register() asm("zepbmp_test_change_a_register");
+extern "C" void change_a_vector() asm("zepbmp_test_change_a_vector");
+asm(R"(
+    .text
+zepbmp_test_stack_where_called:
+    leaq 8(%rsp), %rax
+    ret
+zepbmp_test_change_a_register:
+    incq %r14
+    ret
+zepbmp_test_change_a_vector:
+    paddb %xmm11, %xmm11
+    ret
+)");
+
+double weighted_sum(int32_t a, float b, const int32_t* c, double d, float e, int64_t f, float g, int32_t h, float i,
+                    float j, float k, float l, float m, float n, int32_t o, int32_t p, int64_t q) {
+    return a + 2 * b + 3 * *c + 4 * d + 5 * e + 6 * static_cast<double>(f) + 7 * g + 8 * h + 9 * i + 10 * j + 11 * k +
+           12 * l + 13 * m + 14 * n + 15 * o + 16 * p + 17 * static_cast<double>(q);
+}
+
+TEST(MovedStack, IsWhereItSaysAndBringsTheArguments) {
+    const int32_t three = 3;
+    for (const int off : kStackOffsets) {
+        EXPECT_EQ((64 - on_moved_stack(stack_where_called, off)() % 64) % 64, static_cast<uintptr_t>(off));
+        EXPECT_EQ(on_moved_stack(weighted_sum, off)(1, 2, &three, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17),
+                  17 * 18 * 35 / 6);
+        EXPECT_TRUE(moved_stack_was_kept());
+    }
+}
+
+TEST(MovedStack, SeesWhatIsNotGivenBack) {
+    on_moved_stack(change_a_register, 16)();
+    EXPECT_FALSE(moved_stack_was_kept());
+    EXPECT_TRUE(moved_stack_was_kept()) << "once it was told";
+    on_moved_stack(change_a_vector, 16)();
+#if defined(_WIN32)
+    EXPECT_FALSE(moved_stack_was_kept());
+#else
+    EXPECT_TRUE(moved_stack_was_kept()) << "vector registers belong to nobody";
+#endif
+}
+
+#endif
 
 TEST(Random, ReachesTheEdges) {
     Random random(2);

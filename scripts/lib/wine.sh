@@ -1,34 +1,40 @@
-# Wine for 32-bit Windows programs. Source this file after install.sh; it changes no shell option.
+# Wine for Windows programs. Source this file after install.sh; it changes no shell option.
 #
-#   wine_setup         makes sure that there is a Wine that runs
-#   wine_environment   sets the environment and $wine_loader; fails when wine_setup has not been run
-#   wine_start         starts Wine's server, after wine_environment
+#   wine_setup [BITS]         makes sure that there is a Wine that runs programs of 32 bits (if none are given) or 64
+#   wine_environment [BITS]   sets the environment and $wine_loader; fails when wine_setup has not been run
+#   wine_start                starts Wine's server, after wine_environment
+#   wine_run BITS PROGRAM.exe [ARGUMENT...] | --setup    the whole of a script: ends with the program's exit status
 #
-# Debian's own wine32 package is used where it installs beside the 64-bit ones. Where apt refuses that, the same
-# packages of the release's main suite are unpacked into the cache folder, and run from there: that needs neither root
-# nor a chroot.
+# For 64 bits it is Debian's package wine64. For 32 bits Debian's wine32 is used where it installs beside the 64-bit
+# packages. Where apt refuses that, the same packages of the release's main suite are unpacked into the cache folder,
+# and run from there: that needs neither root nor a chroot. Each has a prefix of its own.
 
 zepbmp_cache=${XDG_CACHE_HOME:-${HOME:-/tmp}/.cache}/zepbmp
 wine_root=$zepbmp_cache/wine-root
-wine_prefix=$zepbmp_cache/wine-prefix
 wine_programs=/usr/lib/wine
 
 wine_installed() { packages_installed libwine:i386 wine32:i386; }
 
 wine_environment() {
-    local root
-    if [ -e "$wine_root/complete" ]; then
+    local root= suffix=
+    wine_bits=${1:-32}
+    if [ "$wine_bits" = 64 ]; then
+        suffix=64
+        if ! packages_installed wine64; then
+            echo "error: there is no Wine yet; run scripts/lib/run-win64 --setup" >&2
+            return 1
+        fi
+    elif [ -e "$wine_root/complete" ]; then
         root=$wine_root
         export LD_LIBRARY_PATH=$root/lib/i386-linux-gnu:$root/usr/lib/i386-linux-gnu
-    elif wine_installed; then
-        root=
-    else
+    elif ! wine_installed; then
         echo "error: there is no Wine yet; run scripts/lib/run-win32 --setup" >&2
         return 1
     fi
-    wine_loader=$root$wine_programs/wine
-    wine_server=$root$wine_programs/wineserver32
-    export WINEPREFIX=$wine_prefix WINEDEBUG=-all WINESERVER=$wine_server
+    wine_prefix=$zepbmp_cache/wine-prefix$suffix
+    wine_loader=$root$wine_programs/wine$suffix
+    wine_server=$root$wine_programs/wineserver$wine_bits
+    export WINEPREFIX=$wine_prefix WINEARCH=win$wine_bits WINEDEBUG=-all WINESERVER=$wine_server
     # No display, and no offer to install what only .NET and HTML programs need.
     export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
     unset DISPLAY WAYLAND_DISPLAY
@@ -38,9 +44,13 @@ wine_setup() {
     mkdir -p "$zepbmp_cache" || return 1
     (
         flock 9
-        if ! wine_environment 2>/dev/null; then
-            wine_install_system || wine_unpack || exit 1
-            wine_environment || exit 1
+        if ! wine_environment "${1:-32}" 2>/dev/null; then
+            if [ "$wine_bits" = 64 ]; then
+                require_packages wine64 || exit 1
+            else
+                wine_install_system || wine_unpack || exit 1
+            fi
+            wine_environment "$wine_bits" || exit 1
         fi
         if [ ! -e "$wine_prefix/zepbmp-ready" ]; then
             echo "== Wine's first start: makes $wine_prefix"
@@ -64,10 +74,26 @@ wine_start() {
         # The server's status 2: another one is running.
         [ "$status" -ne 2 ] || exit 0
         [ "$status" -eq 0 ] && timeout 60 "$wine_loader" cmd /c exit </dev/null >/dev/null 2>&1 9>&- || {
-            echo "error: Wine does not start; remove $zepbmp_cache and run scripts/lib/run-win32 --setup" >&2
+            echo "error: Wine does not start; remove $zepbmp_cache and run scripts/lib/run-win$wine_bits --setup" >&2
             exit 1
         }
     ) 9>"$zepbmp_cache/wine.lock"
+}
+
+wine_run() {
+    local bits=$1
+    shift
+    if [ $# -eq 0 ]; then
+        echo "usage: run-win$bits PROGRAM.exe [ARGUMENT...] | --setup" >&2
+        exit 2
+    fi
+    if [ "$1" = --setup ]; then
+        wine_setup "$bits"
+        exit
+    fi
+    wine_environment "$bits" || exit
+    wine_start || exit
+    exec "$wine_loader" "$@"
 }
 
 # Installs wine32 from the system's own sources. Leaves the system as it was where apt refuses.

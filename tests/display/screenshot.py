@@ -1,6 +1,6 @@
 """Starts the sample host, compares its window's pixels with the frames that it draws, closes it and takes its status.
 
-    xdisplay-win32 screenshot.py PROGRAM.exe SCREENSHOT.png
+    xdisplay-wine 32|64 screenshot.py PROGRAM.exe SCREENSHOT.png
 
 The screenshot is written whether it is right or wrong.
 """

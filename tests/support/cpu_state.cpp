@@ -3,6 +3,7 @@
 #include <cpuid.h>
 
 #include <iomanip>
+#include <iterator>
 #include <ostream>
 
 namespace zepbmp::test {
@@ -128,6 +129,11 @@ CallCheck::CallCheck() {
     if (sees_upper_halves())
         clean_upper_halves();
     before_ = float_state();
+}
+
+int next_stack_offset() {
+    static unsigned calls = 0;
+    return kStackOffsets[calls++ % std::size(kStackOffsets)];
 }
 
 const char* CallCheck::complaint() const {

@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+#include "moved_stack.h"
+
 namespace zepbmp::test {
 
 /// The level that the library has to find on this machine, asked of CPUID anew.
@@ -71,13 +73,18 @@ private:
     FloatState before_;
 };
 
-/// Calls and complains.
+/// Where the stack is at the next call, one place of kStackOffsets after the other.
+int next_stack_offset();
+
+/// Calls and complains. On one thread at a time.
 template <class Function, class... Arguments>
 void call_checked(Function* function, Arguments... arguments) {
+    const int off = next_stack_offset();
     const CallCheck check;
-    function(arguments...);
+    on_moved_stack(function, off)(arguments...);
     const char* const complaint = check.complaint();
     EXPECT_STREQ(complaint, "");
+    EXPECT_TRUE(moved_stack_was_kept()) << "with the stack at " << off;
 }
 
 }  // namespace zepbmp::test

@@ -1,6 +1,6 @@
 /// \file
-/// One set of calls of every export, each with a result that can be compared. On 32-bit targets they are made word by
-/// word, with the stack as a host may leave it.
+/// One set of calls of every export, each with a result that can be compared, and made with the stack as a host may leave
+/// it: on 32-bit targets word by word.
 #pragma once
 
 #include <bit>
@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "moved_stack.h"
 #include "owned_bitmap.h"
 
 namespace zepbmp::test {
@@ -32,8 +33,11 @@ constexpr bool kCallsByWords = false;
 /// Calls a function. On 32-bit targets every argument is one word.
 class Caller {
 public:
-    /// `off`: how far the stack is from a multiple of 16 where the function is called; 0, 4, 8, 12.
-    explicit Caller(int off = 0) : off_(off) {}
+    /// Leaves the stack where it is.
+    Caller() = default;
+    /// `off`: where the stack is when the function is called. On 32-bit targets how far from a multiple of 16; 0, 4, 8, 12.
+    /// On 64-bit targets one of kStackOffsets, on one thread at a time.
+    explicit Caller(int off) : off_(off), moved_(true) {}
 
     template <class Result, class... Parameters, class... Arguments>
     Result operator()(Result BMP_CALL (*function)(Parameters...), Arguments... arguments) {
@@ -43,18 +47,21 @@ public:
                 call_words(reinterpret_cast<const void*>(function), words);
             else
                 return std::bit_cast<Result>(call_words(reinterpret_cast<const void*>(function), words));
+        } else if (moved_) {
+            return on_moved_stack(function, off_)(static_cast<Parameters>(arguments)...);
         } else {
             return function(static_cast<Parameters>(arguments)...);
         }
     }
 
     /// Whether every call left the stack pointer and the registers that belong to its caller as the convention says.
-    bool kept_the_convention() const { return kept_; }
+    bool kept_the_convention() const { return kept_ && moved_stack_was_kept(); }
 
 private:
     uint32_t call_words(const void* function, std::span<const uint32_t> words);
 
-    int off_;
+    int off_ = 0;
+    bool moved_ = false;
     bool kept_ = true;
 };
 

@@ -46,14 +46,18 @@ FencedPages::~FencedPages() { VirtualFree(reserved_, 0, MEM_RELEASE); }
 namespace {
 
 // Where to go on behind the one instruction that may fault; 0 while there is none.
-volatile DWORD resume_at = 0;
+volatile uintptr_t resume_at = 0;
 volatile bool faulted = false;
 
 LONG CALLBACK skip_the_access(EXCEPTION_POINTERS* exception) {
     if (exception->ExceptionRecord->ExceptionCode != EXCEPTION_ACCESS_VIOLATION || !resume_at)
         return EXCEPTION_CONTINUE_SEARCH;
     faulted = true;
+#if defined(__x86_64__)
+    exception->ContextRecord->Rip = resume_at;
+#else
     exception->ContextRecord->Eip = resume_at;
+#endif
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 
@@ -71,15 +75,21 @@ bool faults(Access access) {
 
 }  // namespace
 
+#if defined(__x86_64__)
+#define ZEPBMP_RESUME_BEHIND "leaq 1f(%%rip), %%rax\n\tmovq %%rax, %0\n\t"
+#else
+#define ZEPBMP_RESUME_BEHIND "movl $1f, %0\n\t"
+#endif
+
 bool read_faults(const void* address) {
     return faults([&] {
-        asm volatile("movl $1f, %0\n\tmovb (%1), %%al\n1:" : "=m"(resume_at) : "r"(address) : "eax", "memory");
+        asm volatile(ZEPBMP_RESUME_BEHIND "movb (%1), %%al\n1:" : "=m"(resume_at) : "r"(address) : "eax", "memory");
     });
 }
 
 bool write_faults(void* address) {
     return faults([&] {
-        asm volatile("movl $1f, %0\n\torb $0, (%1)\n1:" : "=m"(resume_at) : "r"(address) : "cc", "memory");
+        asm volatile(ZEPBMP_RESUME_BEHIND "orb $0, (%1)\n1:" : "=m"(resume_at) : "r"(address) : "eax", "cc", "memory");
     });
 }
 
