@@ -15,20 +15,20 @@ namespace {
 
 [[maybe_unused]] const bool kLibavIsQuiet = (av_log_set_level(AV_LOG_QUIET), true);
 
-void fill_lines(Bitmap* picture, int first, int step, int luma) {
-    for (int y = first; y < picture->height; y += step)
-        for (int x = 0; x < picture->width; ++x) {
-            bmp_pointer(picture, x, y)[0] = static_cast<uint8_t>(luma);
-            bmp_pointer(picture, x, y)[1] = 128;
+void fill_lines(Bitmap& picture, int first, int step, int luma) {
+    for (int y = first; y < picture.height(); y += step)
+        for (int x = 0; x < picture.width(); ++x) {
+            picture.pointer(x, y)[0] = static_cast<uint8_t>(luma);
+            picture.pointer(x, y)[1] = 128;
         }
 }
 
 double mean_luma(const Bitmap& picture, int first_line, int line_step, int first_column, int width) {
     double sum = 0;
     int count = 0;
-    for (int y = first_line; y < picture.height; y += line_step)
+    for (int y = first_line; y < picture.height(); y += line_step)
         for (int x = first_column; x < width; ++x, ++count)
-            sum += bmp_pointer(&picture, x, y)[0];
+            sum += picture.pointer(x, y)[0];
     return count > 0 ? sum / count : 0;
 }
 
@@ -47,17 +47,17 @@ void write_clip(const std::filesystem::path& path, const Clip& clip) {
         sound = SoundFormat{clip.sound_rate, ChannelLayout(stereo)};
     }
     MediaWriter writer(path, true, video, clip.fields, sound);
-    const BitmapPtr picture = make_bitmap((clip.width + 1) & ~1, clip.height, BMP_FMT_YUY2);
+    Bitmap picture((clip.width + 1) & ~1, clip.height, Format::yuy2);
     int64_t samples = 0;
     for (int frame = 0; frame < clip.frames; ++frame) {
         if (clip.fields == FieldOrder::kProgressive) {
-            fill_lines(picture.get(), 0, 1, clip.luma(frame));
+            fill_lines(picture, 0, 1, clip.luma(frame));
         } else {
             const int first = clip.fields == FieldOrder::kTopFirst ? 0 : 1;
-            fill_lines(picture.get(), first, 2, clip.luma(frame));
-            fill_lines(picture.get(), 1 - first, 2, clip.luma(frame + 0.5));
+            fill_lines(picture, first, 2, clip.luma(frame));
+            fill_lines(picture, 1 - first, 2, clip.luma(frame + 0.5));
         }
-        writer.write_picture(*picture);
+        writer.write_picture(picture);
         if (!writer.sound_format())
             continue;
         const int rate = writer.sound_format()->rate;
@@ -80,16 +80,16 @@ Contents read_contents(const std::filesystem::path& path) {
         contents.info = reader.info();
     }
     const int width = contents.info.width;
-    const BitmapPtr picture = make_bitmap((width + 1) & ~1, contents.info.height, BMP_FMT_YUY2);
+    Bitmap picture((width + 1) & ~1, contents.info.height, Format::yuy2);
     const bool fields = contents.info.fields != FieldOrder::kProgressive;
     FrameConverter converter(fields ? FrameConverter::Mode::kFields : FrameConverter::Mode::kWhole, width,
                              known_matrix(contents.info.matrix, contents.info.height));
     StreamDecoder decoder(path, AVMEDIA_TYPE_VIDEO);
     while (const AVFrame* frame = decoder.next()) {
-        converter.convert(*frame, picture.get());
-        contents.top.push_back(mean_luma(*picture, 0, 2, 0, width));
-        contents.bottom.push_back(mean_luma(*picture, 1, 2, 0, width));
-        contents.last_column.push_back(mean_luma(*picture, 0, 1, width - 1, width));
+        converter.convert(*frame, picture);
+        contents.top.push_back(mean_luma(picture, 0, 2, 0, width));
+        contents.bottom.push_back(mean_luma(picture, 1, 2, 0, width));
+        contents.last_column.push_back(mean_luma(picture, 0, 1, width - 1, width));
         contents.interlaced.push_back(frame->interlaced_frame != 0);
         contents.top_first.push_back(frame->top_field_first != 0);
     }

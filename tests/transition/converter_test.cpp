@@ -35,13 +35,13 @@ TEST(Converter, WayThereAndBackIsExact) {
     const int width = 64, height = 48;
     for (bool fields : {false, true}) {
         const FramePtr before = noise_frame(width, height, AV_PIX_FMT_YUV420P, 5);
-        const BitmapPtr bitmap = make_bitmap(width, height, BMP_FMT_YUY2);
+        Bitmap bitmap(width, height, Format::yuy2);
         FrameConverter converter(fields ? FrameConverter::Mode::kFields : FrameConverter::Mode::kWhole, width,
                                  AVCOL_SPC_SMPTE170M);
-        converter.convert(*before, bitmap.get());
+        converter.convert(*before, bitmap);
         const FramePtr after = make_picture_frame(width, height, AV_PIX_FMT_YUV420P);
         Scaler back;
-        const PictureView from = view_of(*bitmap, width, AVCOL_SPC_SMPTE170M);
+        const PictureView from = view_of(bitmap, width, AVCOL_SPC_SMPTE170M);
         if (fields)
             back.convert_fields(from, view_of(*after));
         else
@@ -62,12 +62,12 @@ TEST(Converter, ScalingKeepsFieldsApart) {
     for (int plane = 1; plane < 3; ++plane)
         for (int y = 0; y < 24; ++y)
             std::memset(frame->data[plane] + y * frame->linesize[plane], y % 2 ? 180 : 90, 32);
-    const BitmapPtr bitmap = make_bitmap(96, 80, BMP_FMT_YUY2);
-    FrameConverter(FrameConverter::Mode::kFields, 96, AVCOL_SPC_SMPTE170M).convert(*frame, bitmap.get());
+    Bitmap bitmap(96, 80, Format::yuy2);
+    FrameConverter(FrameConverter::Mode::kFields, 96, AVCOL_SPC_SMPTE170M).convert(*frame, bitmap);
     for (int y = 0; y < 80; ++y)
         for (int x = 0; x < 96; ++x) {
-            ASSERT_NEAR(bmp_pointer(bitmap.get(), x, y)[0], y % 2 ? 200 : 40, 1) << x << " " << y;
-            ASSERT_NEAR(bmp_pointer(bitmap.get(), x, y)[1], y % 2 ? 180 : 90, 1) << x << " " << y;
+            ASSERT_NEAR(bitmap.pointer(x, y)[0], y % 2 ? 200 : 40, 1) << x << " " << y;
+            ASSERT_NEAR(bitmap.pointer(x, y)[1], y % 2 ? 180 : 90, 1) << x << " " << y;
         }
 }
 
@@ -78,28 +78,28 @@ TEST(Converter, DeinterlacingRebuildsTheTopField) {
         for (int plane = 1; plane < 3; ++plane)
             std::memset(frame->data[plane] + y * frame->linesize[plane], 128, 32);
     }
-    const BitmapPtr bitmap = make_bitmap(96, 60, BMP_FMT_YUY2);
-    FrameConverter(FrameConverter::Mode::kDeinterlace, 96, AVCOL_SPC_SMPTE170M).convert(*frame, bitmap.get());
+    Bitmap bitmap(96, 60, Format::yuy2);
+    FrameConverter(FrameConverter::Mode::kDeinterlace, 96, AVCOL_SPC_SMPTE170M).convert(*frame, bitmap);
     for (int y = 0; y < 60; ++y)
         for (int x = 0; x < 96; ++x)
-            ASSERT_NEAR(bmp_pointer(bitmap.get(), x, y)[0], 40, 1) << x << " " << y;
+            ASSERT_NEAR(bitmap.pointer(x, y)[0], 40, 1) << x << " " << y;
 }
 
 TEST(Converter, BringsRangesAndMatricesTogether) {
     const int size = 32;
-    const BitmapPtr bitmap = make_bitmap(size, size, BMP_FMT_YUY2);
+    Bitmap bitmap(size, size, Format::yuy2);
     const auto expect_first_pair = [&](int y, int u, int v) {
-        EXPECT_NEAR(bmp_pointer(bitmap.get(), 8, 8)[0], y, 2);
-        EXPECT_NEAR(bmp_pointer(bitmap.get(), 8, 8)[1], u, 2);
-        EXPECT_NEAR(bmp_pointer(bitmap.get(), 8, 8)[3], v, 2);
+        EXPECT_NEAR(bitmap.pointer(8, 8)[0], y, 2);
+        EXPECT_NEAR(bitmap.pointer(8, 8)[1], u, 2);
+        EXPECT_NEAR(bitmap.pointer(8, 8)[3], v, 2);
     };
     FrameConverter to_601(FrameConverter::Mode::kWhole, size, AVCOL_SPC_SMPTE170M);
-    to_601.convert(*flat_rgb(size, size, 0xffffff), bitmap.get());
+    to_601.convert(*flat_rgb(size, size, 0xffffff), bitmap);
     expect_first_pair(235, 128, 128);
-    to_601.convert(*flat_rgb(size, size, 0xff0000), bitmap.get());
+    to_601.convert(*flat_rgb(size, size, 0xff0000), bitmap);
     expect_first_pair(81, 90, 240);
     FrameConverter to_709(FrameConverter::Mode::kWhole, size, AVCOL_SPC_BT709);
-    to_709.convert(*flat_rgb(size, size, 0xff0000), bitmap.get());
+    to_709.convert(*flat_rgb(size, size, 0xff0000), bitmap);
     expect_first_pair(63, 102, 240);
 
     FramePtr red = make_picture_frame(size, size, AV_PIX_FMT_YUV444P);  // red by the first matrix
@@ -107,7 +107,7 @@ TEST(Converter, BringsRangesAndMatricesTogether) {
     for (int plane = 0; plane < 3; ++plane)
         std::memset(red->data[plane], codes[plane], red->linesize[plane] * size);
     red->colorspace = AVCOL_SPC_SMPTE170M;
-    to_709.convert(*red, bitmap.get());
+    to_709.convert(*red, bitmap);
     expect_first_pair(63, 102, 240);
 
     for (AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUVJ420P}) {  // white in full range
@@ -115,7 +115,7 @@ TEST(Converter, BringsRangesAndMatricesTogether) {
         for (int plane = 0; plane < 3; ++plane)
             std::memset(white->data[plane], plane ? 128 : 255, white->linesize[plane] * (plane ? size / 2 : size));
         white->color_range = AVCOL_RANGE_JPEG;
-        to_601.convert(*white, bitmap.get());
+        to_601.convert(*white, bitmap);
         expect_first_pair(235, 128, 128);
     }
 }
@@ -125,22 +125,22 @@ TEST(Converter, FillsOddSizesToTheLastPixel) {
     for (int plane = 0; plane < 3; ++plane)
         std::memset(frame->data[plane], plane ? 128 : 170, frame->linesize[plane] * 21);
     for (int width : {33, 65, 31}) {
-        const BitmapPtr bitmap = make_bitmap((width + 1) & ~1, 17, BMP_FMT_YUY2);
-        FrameConverter(FrameConverter::Mode::kWhole, width, AVCOL_SPC_SMPTE170M).convert(*frame, bitmap.get());
+        Bitmap bitmap((width + 1) & ~1, 17, Format::yuy2);
+        FrameConverter(FrameConverter::Mode::kWhole, width, AVCOL_SPC_SMPTE170M).convert(*frame, bitmap);
         for (int y = 0; y < 17; ++y)
             for (int x = 0; x < width; ++x)
-                ASSERT_NEAR(bmp_pointer(bitmap.get(), x, y)[0], 170, 1) << x << " " << y;
+                ASSERT_NEAR(bitmap.pointer(x, y)[0], 170, 1) << x << " " << y;
     }
 }
 
 TEST(Converter, RepeatsTheLastColumnInTheOddPixel) {
     for (AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV444P, AV_PIX_FMT_YUYV422, AV_PIX_FMT_GRAY8})
         for (int width : {33, 47}) {
-            const BitmapPtr bitmap = make_bitmap(width + 1, 24, BMP_FMT_YUY2);
+            Bitmap bitmap(width + 1, 24, Format::yuy2);
             FrameConverter converter(FrameConverter::Mode::kWhole, width, AVCOL_SPC_SMPTE170M);
-            converter.convert(*noise_frame(33, 24, format, 7), bitmap.get());
+            converter.convert(*noise_frame(33, 24, format, 7), bitmap);
             for (int y = 0; y < 24; ++y)
-                ASSERT_EQ(bmp_pointer(bitmap.get(), width, y)[0], bmp_pointer(bitmap.get(), width - 1, y)[0])
+                ASSERT_EQ(bitmap.pointer(width, y)[0], bitmap.pointer(width - 1, y)[0])
                     << "format " << format << " width " << width << " line " << y;
         }
 }

@@ -18,44 +18,42 @@ constexpr EffectKind kKinds[] = {EffectKind::kCrossfade, EffectKind::kBox,   Eff
                                  EffectKind::kCube,      EffectKind::kZoom,  EffectKind::kPush};
 constexpr Direction kDirections[] = {Direction::kLeft, Direction::kRight, Direction::kUp, Direction::kDown};
 constexpr char kArrow[] = "0 -4\n5 2\n2 1\n2 5\n-2 5\n-2 1\n-5 2\n";
-constexpr unsigned kFields[] = {kWholeFrame, kTopField, kBottomField};
+constexpr Field kFields[] = {kWholeFrame, kTopField, kBottomField};
 constexpr uint8_t kUntouched = 0xa5;
 
-BitmapPtr noise(int width, int height, unsigned seed) {
-    BitmapPtr bitmap = make_bitmap(width, height, BMP_FMT_YUY2);
+Bitmap noise(int width, int height, unsigned seed) {
+    Bitmap bitmap(width, height, Format::yuy2);
     std::mt19937 random(seed);
-    for (int i = 0; i < bitmap->pitch * height; ++i)
-        bitmap->pixels[i] = static_cast<uint8_t>(random());
+    for (int i = 0; i < bitmap.pitch() * height; ++i)
+        bitmap.record()->pixels[i] = static_cast<uint8_t>(random());
     return bitmap;
 }
 
-BitmapPtr flat(int width, int height, int luma, int chroma = 128) {
-    BitmapPtr bitmap = make_bitmap(width, height, BMP_FMT_YUY2);
+Bitmap flat(int width, int height, int luma, int chroma = 128) {
+    Bitmap bitmap(width, height, Format::yuy2);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
-            bmp_pointer(bitmap.get(), x, y)[0] = static_cast<uint8_t>(luma);
-            bmp_pointer(bitmap.get(), x, y)[1] = static_cast<uint8_t>(chroma);
+            bitmap.pointer(x, y)[0] = static_cast<uint8_t>(luma);
+            bitmap.pointer(x, y)[1] = static_cast<uint8_t>(chroma);
         }
     return bitmap;
 }
 
-int luma(const BitmapPtr& bitmap, int x, int y) { return bmp_pointer(bitmap.get(), x, y)[0]; }
+int luma(const Bitmap& bitmap, int x, int y) { return bitmap.pointer(x, y)[0]; }
 
-bool selected(int y, unsigned field) {
-    return field == kWholeFrame || (y & 1) == static_cast<int>(field & BMP_FIELD_ODD);
-}
+bool selected(int y, Field field) { return field == kWholeFrame || (y & 1) == (field == kBottomField); }
 
-BitmapPtr composed(const EffectSettings& settings, const BitmapPtr& a, const BitmapPtr& b, double progress,
-                   unsigned field = kWholeFrame) {
-    BitmapPtr dest = make_bitmap(a->width, a->height, BMP_FMT_YUY2);
-    std::memset(dest->pixels, kUntouched, static_cast<size_t>(dest->pitch) * dest->height);
-    Effect effect(settings, a->width, a->height);
-    effect.compose(dest.get(), a.get(), b.get(), progress, field);
+Bitmap composed(const EffectSettings& settings, const Bitmap& a, const Bitmap& b, double progress,
+                Field field = kWholeFrame) {
+    Bitmap dest(a.width(), a.height(), Format::yuy2);
+    std::memset(dest.record()->pixels, kUntouched, static_cast<size_t>(dest.pitch()) * dest.height());
+    Effect effect(settings, a.width(), a.height());
+    effect.compose(dest, a, b, progress, field);
     return dest;
 }
 
-bool same_line(const BitmapPtr& one, const BitmapPtr& other, int y) {
-    return std::memcmp(bmp_pointer(one.get(), 0, y), bmp_pointer(other.get(), 0, y), one->width * 2) == 0;
+bool same_line(const Bitmap& one, const Bitmap& other, int y) {
+    return std::memcmp(one.pointer(0, y), other.pointer(0, y), one.width() * 2) == 0;
 }
 
 EffectSettings settings_of(EffectKind kind, double feather, Ease edge = Ease::kLinear, double line_height = 1) {
@@ -74,20 +72,20 @@ std::vector<EffectSettings> all_settings(double feather, Ease edge = Ease::kLine
     return all;
 }
 
-std::string name(const EffectSettings& s, double progress, unsigned field) {
+std::string name(const EffectSettings& s, double progress, Field field) {
     return "effect " + std::to_string(static_cast<int>(s.kind)) + " direction " +
            std::to_string(static_cast<int>(s.direction)) + " feather " + std::to_string(s.feather_px) + " progress " +
-           std::to_string(progress) + " field " + std::to_string(field);
+           std::to_string(progress) + " field " + std::to_string(static_cast<int>(field));
 }
 
 TEST(EffectTest, BeginsWithAAndEndsWithB) {
-    const BitmapPtr a = noise(50, 37, 1), b = noise(50, 37, 2);
+    const Bitmap a = noise(50, 37, 1), b = noise(50, 37, 2);
     for (double feather : {0.0, 1.0, 12.5, 200.0})
         for (const EffectSettings& settings : all_settings(feather))
-            for (unsigned field : kFields)
+            for (const Field field : kFields)
                 for (double progress : {-0.5, 0.0, 1.0, 1.5}) {
-                    const BitmapPtr result = composed(settings, a, b, progress, field);
-                    for (int y = 0; y < a->height; ++y)
+                    const Bitmap result = composed(settings, a, b, progress, field);
+                    for (int y = 0; y < a.height(); ++y)
                         ASSERT_TRUE(!selected(y, field) || same_line(result, progress <= 0 ? a : b, y))
                             << name(settings, progress, field) << " line " << y;
                 }
@@ -95,34 +93,34 @@ TEST(EffectTest, BeginsWithAAndEndsWithB) {
 
 // The last step before the end has to be B almost everywhere: nothing jumps when the transition is over.
 TEST(EffectTest, ArrivesAtItsEndsWithoutAJump) {
-    const BitmapPtr a = flat(64, 48, 16), b = flat(64, 48, 235);
+    const Bitmap a = flat(64, 48, 16), b = flat(64, 48, 235);
     for (double feather : {0.0, 8.0, 40.0})
         for (const EffectSettings& settings : all_settings(feather))
             for (double progress : {0.0005, 0.9995}) {
-                const BitmapPtr result = composed(settings, a, b, progress);
+                const Bitmap result = composed(settings, a, b, progress);
                 int changed = 0;
-                for (int y = 0; y < a->height; ++y)
-                    for (int x = 0; x < a->width; ++x)
+                for (int y = 0; y < a.height(); ++y)
+                    for (int x = 0; x < a.width(); ++x)
                         changed += std::abs(luma(result, x, y) - (progress < 0.5 ? 16 : 235)) > 8;
                 EXPECT_LE(changed, 12) << name(settings, progress, kWholeFrame);
             }
 }
 
 TEST(EffectTest, TouchesOnlyTheLinesOfItsField) {
-    const BitmapPtr a = noise(48, 33, 3), b = noise(48, 33, 4);
+    const Bitmap a = noise(48, 33, 3), b = noise(48, 33, 4);
     for (double feather : {0.0, 9.0})
         for (const EffectSettings& settings : all_settings(feather, Ease::kCosine, 1.0667))
             for (double progress : {0.2, 0.5, 0.9}) {
-                const BitmapPtr whole = composed(settings, a, b, progress);
-                for (unsigned field : {kTopField, kBottomField}) {
-                    const BitmapPtr result = composed(settings, a, b, progress, field);
-                    for (int y = 0; y < a->height; ++y) {
+                const Bitmap whole = composed(settings, a, b, progress);
+                for (const Field field : {kTopField, kBottomField}) {
+                    const Bitmap result = composed(settings, a, b, progress, field);
+                    for (int y = 0; y < a.height(); ++y) {
                         if (selected(y, field)) {
                             ASSERT_TRUE(same_line(result, whole, y))
                                 << name(settings, progress, field) << " line " << y;
                         } else {
-                            for (int x = 0; x < a->width * 2; ++x)
-                                ASSERT_EQ(bmp_pointer(result.get(), 0, y)[x], kUntouched)
+                            for (int x = 0; x < a.width() * 2; ++x)
+                                ASSERT_EQ(result.pointer(0, y)[x], kUntouched)
                                     << name(settings, progress, field) << " line " << y;
                         }
                     }
@@ -131,32 +129,34 @@ TEST(EffectTest, TouchesOnlyTheLinesOfItsField) {
 }
 
 TEST(EffectTest, CrossfadeMixesEveryByteByOneLevel) {
-    const BitmapPtr a = flat(32, 8, 16, 40), b = flat(32, 8, 235, 200);
+    const Bitmap a = flat(32, 8, 16, 40), b = flat(32, 8, 235, 200);
     for (double progress : {0.25, 0.5, 0.75}) {
-        const BitmapPtr result = composed(settings_of(EffectKind::kCrossfade, 0), a, b, progress);
+        const Bitmap result = composed(settings_of(EffectKind::kCrossfade, 0), a, b, progress);
         for (int y = 0; y < 8; ++y)
             for (int x = 0; x < 32; ++x) {
                 EXPECT_NEAR(luma(result, x, y), 16 + progress * 219, 1);
-                EXPECT_NEAR(bmp_pointer(result.get(), x, y)[1], 40 + progress * 160, 1);
+                EXPECT_NEAR(result.pointer(x, y)[1], 40 + progress * 160, 1);
             }
     }
 }
 
 TEST(EffectTest, ShapesGrowFromTheCentre) {
     const int width = 96, height = 64;
-    const BitmapPtr a = flat(width, height, 16), b = flat(width, height, 235);
+    const Bitmap a = flat(width, height, 16), b = flat(width, height, 235);
     for (EffectKind kind : {EffectKind::kBox, EffectKind::kCircle})
         for (double feather : {0.0, 10.0}) {
             const EffectSettings settings = settings_of(kind, feather);
             double last_sum = 0;
             for (double progress : {0.1, 0.3, 0.5, 0.7, 0.9}) {
-                const BitmapPtr result = composed(settings, a, b, progress);
+                const Bitmap result = composed(settings, a, b, progress);
                 double sum = 0;
                 for (int y = 0; y < height; ++y)
                     for (int x = 0; x < width; ++x) {
                         sum += luma(result, x, y);
-                        EXPECT_EQ(luma(result, x, y), luma(result, width - 1 - x, y)) << name(settings, progress, 0);
-                        EXPECT_EQ(luma(result, x, y), luma(result, x, height - 1 - y)) << name(settings, progress, 0);
+                        EXPECT_EQ(luma(result, x, y), luma(result, width - 1 - x, y))
+                            << name(settings, progress, kWholeFrame);
+                        EXPECT_EQ(luma(result, x, y), luma(result, x, height - 1 - y))
+                            << name(settings, progress, kWholeFrame);
                     }
                 EXPECT_GT(sum, last_sum);
                 last_sum = sum;
@@ -170,9 +170,9 @@ TEST(EffectTest, ShapesGrowFromTheCentre) {
 
 TEST(EffectTest, HardBoxCoversItsShareOfTheFrame) {
     const int width = 100, height = 60;
-    const BitmapPtr a = flat(width, height, 0), b = flat(width, height, 200);
+    const Bitmap a = flat(width, height, 0), b = flat(width, height, 200);
     for (double line_height : {1.0, 1.0667, 0.9}) {
-        const BitmapPtr result = composed(settings_of(EffectKind::kBox, 0, Ease::kLinear, line_height), a, b, 0.5);
+        const Bitmap result = composed(settings_of(EffectKind::kBox, 0, Ease::kLinear, line_height), a, b, 0.5);
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x)
                 EXPECT_NEAR(luma(result, x, y), x >= 25 && x < 75 && y >= 15 && y < 45 ? 200 : 0, 4);
@@ -182,11 +182,10 @@ TEST(EffectTest, HardBoxCoversItsShareOfTheFrame) {
 TEST(EffectTest, SoftBoxWeightIsTheSmallerRamp) {
     const int width = 80, height = 60;
     const double feather = 12.5, progress = 0.6;
-    const BitmapPtr a = flat(width, height, 0), b = flat(width, height, 255);
+    const Bitmap a = flat(width, height, 0), b = flat(width, height, 255);
     for (Ease edge : {Ease::kLinear, Ease::kCosine})
         for (double line_height : {1.0, 2.0}) {
-            const BitmapPtr result =
-                composed(settings_of(EffectKind::kBox, feather, edge, line_height), a, b, progress);
+            const Bitmap result = composed(settings_of(EffectKind::kBox, feather, edge, line_height), a, b, progress);
             const double half_width = progress * (width / 2.0 + feather);
             const double half_height = progress * (height / 2.0 * line_height + feather);
             for (int y = 0; y < height; ++y)
@@ -201,9 +200,9 @@ TEST(EffectTest, SoftBoxWeightIsTheSmallerRamp) {
 
 TEST(EffectTest, CircleIsRoundOnTheScreen) {
     const int width = 120, height = 120;
-    const BitmapPtr a = flat(width, height, 0), b = flat(width, height, 200);
+    const Bitmap a = flat(width, height, 0), b = flat(width, height, 200);
     for (double line_height : {0.8, 1.0, 1.5}) {
-        const BitmapPtr result = composed(settings_of(EffectKind::kCircle, 4, Ease::kLinear, line_height), a, b, 0.3);
+        const Bitmap result = composed(settings_of(EffectKind::kCircle, 4, Ease::kLinear, line_height), a, b, 0.3);
         double across = 0, down = 0;
         for (int i = 0; i < width; ++i) {
             across += luma(result, i, height / 2) / 200.0;
@@ -216,15 +215,15 @@ TEST(EffectTest, CircleIsRoundOnTheScreen) {
 
 TEST(EffectTest, BandRunsBetweenBAndA) {
     const int width = 128, height = 96;
-    const BitmapPtr a = flat(width, height, 16), b = flat(width, height, 235);
+    const Bitmap a = flat(width, height, 16), b = flat(width, height, 235);
     EffectSettings settings = settings_of(EffectKind::kBand, 2);
     settings.color_yuv = 0x6030c0;
-    const BitmapPtr result = composed(settings, a, b, 0.5);
+    const Bitmap result = composed(settings, a, b, 0.5);
     std::string order;
     for (int x = width / 2; x < width; ++x) {
         const char what = luma(result, x, height / 2) == 235 ? 'B' : luma(result, x, height / 2) == 16 ? 'A' : 'c';
         if (luma(result, x, height / 2) == 0x60) {
-            const uint8_t* const pair = bmp_pointer(result.get(), x & ~1, height / 2);
+            const uint8_t* const pair = result.pointer(x & ~1, height / 2);
             EXPECT_EQ(pair[1], 0x30);
             EXPECT_EQ(pair[3], 0xc0);
         }
@@ -289,11 +288,11 @@ std::vector<PlanePoint> flight_outline(int width, int height, double line_height
 // Each pixel takes as much of B as the picture covers of it: edges are blended once, and with B's own colour.
 TEST(EffectTest, FlyingPictureIsBlendedByItsCoverage) {
     const int width = 96, height = 64;
-    const BitmapPtr a = flat(width, height, 20, 60), b = flat(width, height, 220, 180);
+    const Bitmap a = flat(width, height, 20, 60), b = flat(width, height, 220, 180);
     for (double line_height : {1.0, 1.5})
         for (double progress : {0.002, 0.02, 0.1, 0.25, 0.4, 0.6, 0.8, 0.95, 0.99}) {
             const std::vector<PlanePoint> outline = flight_outline(width, height, line_height, progress);
-            const BitmapPtr result =
+            const Bitmap result =
                 composed(settings_of(EffectKind::kFly, 0, Ease::kLinear, line_height), a, b, progress);
             for (int y = 0; y < height; ++y)
                 for (int x = 0; x < width; ++x) {
@@ -302,7 +301,7 @@ TEST(EffectTest, FlyingPictureIsBlendedByItsCoverage) {
                     const double tolerance = coverage_tolerance(outline, y);
                     ASSERT_NEAR(luma(result, x, y), 20 + 200 * part, 200 * tolerance + kMixCut)
                         << x << " " << y << " at " << progress;
-                    ASSERT_NEAR(bmp_pointer(result.get(), x, y)[1], 60 + 120 * chroma_part, 120 * tolerance + kMixCut)
+                    ASSERT_NEAR(result.pointer(x, y)[1], 60 + 120 * chroma_part, 120 * tolerance + kMixCut)
                         << x << " " << y << " at " << progress;
                 }
         }
@@ -311,14 +310,14 @@ TEST(EffectTest, FlyingPictureIsBlendedByItsCoverage) {
 // What one frame leaves in the effect's bitmaps does not show in the next one.
 TEST(EffectTest, RemembersNothing) {
     const int width = 96, height = 64;
-    const BitmapPtr a = noise(width, height, 5), b = noise(width, height, 6), dark = flat(width, height, 16);
+    const Bitmap a = noise(width, height, 5), b = noise(width, height, 6), dark = flat(width, height, 16);
     for (const EffectSettings& settings : all_settings(4)) {
         Effect effect(settings, width, height);
-        const BitmapPtr dest = make_bitmap(width, height, BMP_FMT_YUY2);
+        Bitmap dest(width, height, Format::yuy2);
         for (double progress : {0.9, 0.3, 0.6, 0.1}) {
-            effect.compose(dest.get(), dark.get(), dark.get(), 1 - progress, kWholeFrame);
-            effect.compose(dest.get(), a.get(), b.get(), progress, kWholeFrame);
-            const BitmapPtr fresh = composed(settings, a, b, progress);
+            effect.compose(dest, dark, dark, 1 - progress, kWholeFrame);
+            effect.compose(dest, a, b, progress, kWholeFrame);
+            const Bitmap fresh = composed(settings, a, b, progress);
             for (int y = 0; y < height; ++y)
                 ASSERT_TRUE(same_line(dest, fresh, y)) << name(settings, progress, kWholeFrame) << " line " << y;
         }
@@ -328,17 +327,18 @@ TEST(EffectTest, RemembersNothing) {
 // Just before the end B's pixels are where they belong, in frames as well as in fields.
 TEST(EffectTest, MappedPicturesArriveInPlace) {
     const int width = 96, height = 64;
-    const BitmapPtr a = flat(width, height, 16), b = noise(width, height, 7);
-    const BitmapPtr b_fields = make_bitmap(width, height, BMP_FMT_YUY2, kTwoFields);
-    bmp_copy(b_fields.get(), b.get(), 0);
+    const Bitmap a = flat(width, height, 16), b = noise(width, height, 7);
+    Bitmap b_fields(width, height, Format::yuy2, kTwoFields);
+    copy(b_fields, b);
     for (EffectKind kind : {EffectKind::kFly, EffectKind::kCube, EffectKind::kZoom, EffectKind::kPush})
-        for (unsigned field : kFields) {
-            const BitmapPtr result =
+        for (const Field field : kFields) {
+            const Bitmap result =
                 composed(settings_of(kind, 0), a, field == kWholeFrame ? b : b_fields, 0.99999, field);
             for (int y = 2; y < height - 2; ++y)
                 for (int x = 2; x < width - 2; ++x)
                     if (selected(y, field)) {
-                        ASSERT_NEAR(luma(result, x, y), luma(b, x, y), 6) << x << " " << y << " field " << field;
+                        ASSERT_NEAR(luma(result, x, y), luma(b, x, y), 6)
+                            << x << " " << y << " field " << static_cast<int>(field);
                     }
         }
 }
@@ -352,20 +352,20 @@ TEST(EffectTest, HandlesSmallAndSlimFrames) {
         int darkest;
     } kFrames[] = {{2, 1, 0}, {2, 2, 0}, {2, 40, 0}, {40, 1, 0}, {16, 16, 98}, {16, 40, 98}, {60, 16, 98}};
     for (const auto& frame : kFrames)
-        for (unsigned fields : {0u, kTwoFields}) {
-            const BitmapPtr a = make_bitmap(frame.width, frame.height, BMP_FMT_YUY2, fields);
-            const BitmapPtr b = make_bitmap(frame.width, frame.height, BMP_FMT_YUY2, fields);
-            std::memset(a->pixels, 100, static_cast<size_t>(a->pitch) * a->height);
-            std::memset(b->pixels, 150, static_cast<size_t>(b->pitch) * b->height);
+        for (const Scan fields : {Scan::progressive, kTwoFields}) {
+            Bitmap a(frame.width, frame.height, Format::yuy2, fields);
+            Bitmap b(frame.width, frame.height, Format::yuy2, fields);
+            std::memset(a.record()->pixels, 100, static_cast<size_t>(a.pitch()) * a.height());
+            std::memset(b.record()->pixels, 150, static_cast<size_t>(b.pitch()) * b.height());
             for (EffectSettings settings : all_settings(3, Ease::kLinear, 1.2))
-                for (unsigned field : kFields)
+                for (const Field field : kFields)
                     for (double progress : {1e-9, 0.01, 0.1, 0.3, 0.5, 0.7, 0.9, 1 - 1e-9}) {
                         settings.color_yuv = 0x707070;
-                        const BitmapPtr result = composed(settings, a, b, progress, field);
+                        const Bitmap result = composed(settings, a, b, progress, field);
                         const int darkest = settings.kind == EffectKind::kFly ? frame.darkest : 98;
                         for (int y = 0; y < frame.height; ++y)
                             for (int x = 0; x < 2 * frame.width; ++x) {
-                                const int value = bmp_pointer(result.get(), 0, y)[x];
+                                const int value = result.pointer(0, y)[x];
                                 ASSERT_TRUE(selected(y, field) ? value >= darkest && value <= 150 : value == kUntouched)
                                     << name(settings, progress, field) << " " << frame.width << "x" << frame.height
                                     << ": " << value;
@@ -377,21 +377,21 @@ TEST(EffectTest, HandlesSmallAndSlimFrames) {
 TEST(EffectTest, MappingReadsOneFieldOfTwo) {
     const int width = 96, height = 64;
     const auto striped = [&](int top, int bottom) {
-        BitmapPtr bitmap = make_bitmap(width, height, BMP_FMT_YUY2, kTwoFields);
+        Bitmap bitmap(width, height, Format::yuy2, kTwoFields);
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x) {
-                bmp_pointer(bitmap.get(), x, y)[0] = static_cast<uint8_t>(y & 1 ? bottom : top);
-                bmp_pointer(bitmap.get(), x, y)[1] = 128;
+                bitmap.pointer(x, y)[0] = static_cast<uint8_t>(y & 1 ? bottom : top);
+                bitmap.pointer(x, y)[1] = 128;
             }
         return bitmap;
     };
-    const BitmapPtr a = striped(40, 60), b = striped(100, 200);
+    const Bitmap a = striped(40, 60), b = striped(100, 200);
     for (EffectKind kind : {EffectKind::kFly, EffectKind::kCube, EffectKind::kZoom, EffectKind::kPush})
-        for (unsigned field : {kTopField, kBottomField}) {
+        for (const Field field : {kTopField, kBottomField}) {
             const int luma_a = field == kTopField ? 40 : 60, luma_b = field == kTopField ? 100 : 200;
             EffectSettings settings = settings_of(kind, 0);
             settings.color_yuv = 0x108080;
-            const BitmapPtr result = composed(settings, a, b, 0.6, field);
+            const Bitmap result = composed(settings, a, b, 0.6, field);
             int of_a = 0, of_b = 0, of_others = 0;
             for (int y = 0; y < height; ++y)
                 for (int x = 0; x < width && selected(y, field); ++x) {
@@ -408,9 +408,9 @@ TEST(EffectTest, MappingReadsOneFieldOfTwo) {
 }
 
 /// What a line of a cube shows from left to right: A, B or the colour around it.
-std::string cube_line(const BitmapPtr& picture, int y) {
+std::string cube_line(const Bitmap& picture, int y) {
     std::string order;
-    for (int x = 0; x < picture->width; ++x) {
+    for (int x = 0; x < picture.width(); ++x) {
         const int value = luma(picture, x, y);
         const char what = value == 100 ? 'A' : value == 200 ? 'B' : value == 0x60 ? '.' : '?';
         if (order.empty() || order.back() != what)
@@ -421,16 +421,16 @@ std::string cube_line(const BitmapPtr& picture, int y) {
 
 TEST(EffectTest, CubeTurnsFromAToB) {
     const int width = 96, height = 64;
-    const BitmapPtr a = flat(width, height, 100), b = flat(width, height, 200);
+    const Bitmap a = flat(width, height, 100), b = flat(width, height, 200);
     EffectSettings settings = settings_of(EffectKind::kCube, 0);
     settings.color_yuv = 0x6030c0;
-    const BitmapPtr half = composed(settings, a, b, 0.5);
+    const Bitmap half = composed(settings, a, b, 0.5);
     EXPECT_EQ(cube_line(half, height / 2), ".AB.");
     EXPECT_EQ(cube_line(half, 0), ".AB.");
     EXPECT_EQ(luma(half, width / 2 - 1, height / 2), 100);
     EXPECT_EQ(luma(half, width / 2, height / 2), 200);
-    EXPECT_EQ(bmp_pointer(half.get(), 0, 0)[1], 0x30);
-    EXPECT_EQ(bmp_pointer(half.get(), 1, 0)[1], 0xc0);
+    EXPECT_EQ(half.pointer(0, 0)[1], 0x30);
+    EXPECT_EQ(half.pointer(1, 0)[1], 0xc0);
     for (int y = 0; y < height; ++y) {
         int unlike = 0;  // where a slanted edge meets a pixel's centre, the pixel belongs to one side of it
         for (int x = 0; x < width; ++x)
@@ -440,7 +440,7 @@ TEST(EffectTest, CubeTurnsFromAToB) {
 
     int last_b = 0;
     for (double progress : {0.3, 0.5, 0.7, 0.9}) {
-        const BitmapPtr result = composed(settings, a, b, progress);
+        const Bitmap result = composed(settings, a, b, progress);
         int of_b = 0;
         for (int x = 0; x < width; ++x)
             of_b += luma(result, x, height / 2) == 200;
@@ -452,7 +452,7 @@ TEST(EffectTest, CubeTurnsFromAToB) {
 // Until it has turned far enough the right side is behind the front, though it is drawn later.
 TEST(EffectTest, NearerSideHidesTheOther) {
     const int width = 96, height = 64;
-    const BitmapPtr a = flat(width, height, 100), b = flat(width, height, 200);
+    const Bitmap a = flat(width, height, 100), b = flat(width, height, 200);
     EffectSettings settings = settings_of(EffectKind::kCube, 0);
     settings.color_yuv = 0x608080;
     for (int y : {0, 7, height / 2, height - 1}) {
@@ -464,7 +464,7 @@ TEST(EffectTest, NearerSideHidesTheOther) {
 
 TEST(EffectTest, ShapeIsBlendedByItsCoverage) {
     const int width = 96, height = 64;
-    const BitmapPtr a = flat(width, height, 20), b = flat(width, height, 220);
+    const Bitmap a = flat(width, height, 20), b = flat(width, height, 220);
     const std::string diamond = "0 -3\n2 0\n0 3\n-2 0\n";
     for (double line_height : {1.0, 1.5, 0.8})
         for (double progress : {0.05, 0.3, 0.6, 0.9}) {
@@ -474,7 +474,7 @@ TEST(EffectTest, ShapeIsBlendedByItsCoverage) {
             std::vector<PlanePoint> outline;
             for (const OutlinePoint& point : settings.outline)
                 outline.push_back({width / 2.0 + scale * point.x, height / 2.0 + scale * point.y / line_height});
-            const BitmapPtr result = composed(settings, a, b, progress);
+            const Bitmap result = composed(settings, a, b, progress);
             for (int y = 0; y < height; ++y)
                 for (int x = 0; x < width; ++x)
                     ASSERT_NEAR(luma(result, x, y), 20 + 200 * covered(outline, x, y),
@@ -485,11 +485,11 @@ TEST(EffectTest, ShapeIsBlendedByItsCoverage) {
 
 TEST(EffectTest, ShapeIsNotStretchedOnTheScreen) {
     const int width = 120, height = 120;
-    const BitmapPtr a = flat(width, height, 0), b = flat(width, height, 200);
+    const Bitmap a = flat(width, height, 0), b = flat(width, height, 200);
     for (double line_height : {0.8, 1.0, 1.5}) {
         EffectSettings settings = settings_of(EffectKind::kShape, 0, Ease::kLinear, line_height);
         settings.outline = parse_outline("0 0\n1 0\n1 1\n0 1", "square");
-        const BitmapPtr result = composed(settings, a, b, 0.3);
+        const Bitmap result = composed(settings, a, b, 0.3);
         double across = 0, down = 0;
         for (int i = 0; i < width; ++i) {
             across += luma(result, i, height / 2) / 200.0;
@@ -546,30 +546,29 @@ double mean_over(double from, double to, int count, Sample sample) {
 /// Bytes of a pair of pixels: of each pixel's luma the first one is meant.
 enum Component { kLuma = 0, kU = 1, kV = 3 };
 
-int value_of(const BitmapPtr& picture, Component component, int x, int y) {
-    return bmp_pointer(picture.get(), component == kLuma ? x : x & ~1, y)[component];
+int value_of(const Bitmap& picture, Component component, int x, int y) {
+    return picture.pointer(component == kLuma ? x : x & ~1, y)[component];
 }
 
 /// What a picture that fills `area` shows within columns begin..end-1 of a line: the mean of what the area covers
 /// there. Of a picture with two fields the one that `field` selects is shown.
-double shown(const BitmapPtr& picture, const Area& area, unsigned field, Component component, int begin, int end,
-             int y) {
-    const double scale_x = (area.right - area.left) / picture->width;
-    const double scale_y = (area.bottom - area.top) / picture->height;
+double shown(const Bitmap& picture, const Area& area, Field field, Component component, int begin, int end, int y) {
+    const double scale_x = (area.right - area.left) / picture.width();
+    const double scale_y = (area.bottom - area.top) / picture.height();
     const double left = (std::max<double>(begin, area.left) - area.left) / scale_x;
     const double right = (std::min<double>(end, area.right) - area.left) / scale_x;
     double top = (std::max<double>(y, area.top) - area.top) / scale_y;
     double bottom = (std::min<double>(y + 1, area.bottom) - area.top) / scale_y;
     int first = 0, step = 1;
-    if (field != kWholeFrame && (picture->create_flags & kTwoFields) != 0) {
+    if (field != kWholeFrame && picture.is_interlaced()) {
         first = field == kBottomField ? 1 : 0;
         step = 2;
         // Line n of the field and line 2n + first of the frame have one centre.
         top = (top - (first + 0.5)) / 2 + 0.5;
         bottom = (bottom - (first + 0.5)) / 2 + 0.5;
     }
-    return mean_over(top, bottom, (picture->height - first + step - 1) / step, [&](int row) {
-        return mean_over(left, right, picture->width,
+    return mean_over(top, bottom, (picture.height() - first + step - 1) / step, [&](int row) {
+        return mean_over(left, right, picture.width(),
                          [&](int column) { return value_of(picture, component, column, row * step + first); });
     });
 }
@@ -580,11 +579,11 @@ constexpr double kMapCut = 2;
 constexpr double kMapRounding = 0.501;
 
 /// `a_area` is where all of A is seen; B is seen over it in `b_area`.
-void expect_areas(const EffectSettings& settings, const BitmapPtr& a, const Area& a_area, const BitmapPtr& b,
-                  const Area& b_area, double progress, unsigned field) {
-    const BitmapPtr result = composed(settings, a, b, progress, field);
-    for (int y = 0; y < a->height; ++y)
-        for (int x = 0; x < a->width && selected(y, field); ++x)
+void expect_areas(const EffectSettings& settings, const Bitmap& a, const Area& a_area, const Bitmap& b,
+                  const Area& b_area, double progress, Field field) {
+    const Bitmap result = composed(settings, a, b, progress, field);
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width() && selected(y, field); ++x)
             for (Component component : {kLuma, kU, kV}) {
                 const int begin = component == kLuma ? x : x & ~1, end = begin + (component == kLuma ? 1 : 2);
                 const double part = covered(b_area, begin, y);
@@ -604,20 +603,20 @@ void expect_areas(const EffectSettings& settings, const BitmapPtr& a, const Area
 constexpr int kExactSteps[] = {1, 2, 5, 16, 21, 32, 43, 48, 63};
 constexpr double kExactStep = 1.0 / 64;
 
-BitmapPtr with_two_fields(const BitmapPtr& picture) {
-    BitmapPtr copy = make_bitmap(picture->width, picture->height, BMP_FMT_YUY2, kTwoFields);
-    bmp_copy(copy.get(), picture.get(), 0);
-    return copy;
+Bitmap with_two_fields(const Bitmap& picture) {
+    Bitmap fields(picture.width(), picture.height(), Format::yuy2, kTwoFields);
+    copy(fields, picture);
+    return fields;
 }
 
 TEST(EffectTest, ZoomedPictureGrowsFromTheMiddle) {
     const int width = 96;
     for (int height : {64, 33}) {
-        const BitmapPtr a = noise(width, height, 8), b = noise(width, height, 9);
-        const BitmapPtr a_fields = with_two_fields(a), b_fields = with_two_fields(b);
+        const Bitmap a = noise(width, height, 8), b = noise(width, height, 9);
+        const Bitmap a_fields = with_two_fields(a), b_fields = with_two_fields(b);
         const EffectSettings settings = settings_of(EffectKind::kZoom, 0);
         for (int steps : kExactSteps)
-            for (unsigned field : kFields) {
+            for (const Field field : kFields) {
                 const double progress = steps * kExactStep;
                 const Area whole = {0, 0, width * 1.0, height * 1.0}, area = zoomed_area(width, height, progress);
                 expect_areas(settings, a, whole, b, area, progress, field);
@@ -630,12 +629,12 @@ TEST(EffectTest, ZoomedPictureGrowsFromTheMiddle) {
 TEST(EffectTest, PushSqueezesAOutAndStretchesB) {
     const int width = 96;
     for (int height : {64, 33}) {
-        const BitmapPtr a = noise(width, height, 10), b = noise(width, height, 11);
-        const BitmapPtr a_fields = with_two_fields(a), b_fields = with_two_fields(b);
+        const Bitmap a = noise(width, height, 10), b = noise(width, height, 11);
+        const Bitmap a_fields = with_two_fields(a), b_fields = with_two_fields(b);
         EffectSettings settings = settings_of(EffectKind::kPush, 0);
         for (Direction direction : kDirections)
             for (int steps : kExactSteps)
-                for (unsigned field : kFields) {
+                for (const Field field : kFields) {
                     settings.direction = direction;
                     const double progress = steps * kExactStep;
                     const Push areas = pushed_areas(width, height, progress, direction);
@@ -650,16 +649,16 @@ TEST(EffectTest, PushSqueezesAOutAndStretchesB) {
 TEST(EffectTest, ZoomAndPushAreBlendedByTheirCoverage) {
     const int width = 50, height = 37;
     constexpr double kUnit = 1.0 / 2048;  // of a pixel or a line, to which edges are cut
-    for (unsigned fields : {0u, kTwoFields}) {
-        BitmapPtr a = flat(width, height, 20, 60), b = flat(width, height, 220, 180);
+    for (const Scan fields : {Scan::progressive, kTwoFields}) {
+        Bitmap a = flat(width, height, 20, 60), b = flat(width, height, 220, 180);
         if (fields == kTwoFields) {
             a = with_two_fields(a);
             b = with_two_fields(b);
         }
-        for (unsigned field : kFields)
+        for (const Field field : kFields)
             for (double progress : {0.0003, 0.0123, 0.1, 1.0 / 3, 0.4567, 0.5, 0.77, 0.999}) {
                 const auto expect_blended = [&](const EffectSettings& settings, const Area& area) {
-                    const BitmapPtr result = composed(settings, a, b, progress, field);
+                    const Bitmap result = composed(settings, a, b, progress, field);
                     for (int y = 0; y < height; ++y)
                         for (int x = 0; x < width && selected(y, field); ++x) {
                             ASSERT_NEAR(luma(result, x, y), 20 + 200 * covered(area, x, y), kMixCut + 200 * 3 * kUnit)
@@ -682,8 +681,8 @@ TEST(EffectTest, ZoomAndPushAreBlendedByTheirCoverage) {
 // At half the size each pixel is the mean of four, rounded to nearest.
 TEST(EffectTest, ZoomReducesByExactMeans) {
     const int width = 96, height = 64;
-    const BitmapPtr a = noise(width, height, 12), b = noise(width, height, 13);
-    const BitmapPtr result = composed(settings_of(EffectKind::kZoom, 0), a, b, 0.5);
+    const Bitmap a = noise(width, height, 12), b = noise(width, height, 13);
+    const Bitmap result = composed(settings_of(EffectKind::kZoom, 0), a, b, 0.5);
     for (int y = 0; y < height / 2; ++y)
         for (int x = 2; x < width / 2; ++x) {  // the first pixel of a line is cut, and the colour of its pair
             const int sum = luma(b, 2 * x, 2 * y) + luma(b, 2 * x + 1, 2 * y) + luma(b, 2 * x, 2 * y + 1) +

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace zepbmp::transition {
 
 namespace {
 
-constexpr int kLevelFull = 4096;
 constexpr int kEdgeSteps = 64;        // a rectangle's edge falls on 64ths of a pixel
 constexpr double kBandShare = 0.125;  // of the distance from centre to corner
 constexpr double kUnderpaintPx = 6;   // around a flying picture
@@ -36,8 +36,8 @@ Run reaching(const std::vector<int>& ramp, int level) {
     return {begin, std::max(begin, size - begin)};
 }
 
-BitmapPtr make_bitmap_if(bool needed, int width, int height, int format) {
-    return needed ? make_bitmap(width, height, format) : nullptr;
+std::optional<Bitmap> make_if(bool needed, int width, int height, Format format) {
+    return needed ? std::optional<Bitmap>(std::in_place, width, height, format) : std::nullopt;
 }
 
 bool has_scratch(EffectKind kind) {
@@ -45,34 +45,18 @@ bool has_scratch(EffectKind kind) {
            kind == EffectKind::kPush;
 }
 
-void map_quad(Bitmap* dest, Bitmap* coverage, Bitmap* depth, const Bitmap* texture, const Quad& quad, unsigned flags) {
-    bmp_map_polygon(dest, coverage, depth, texture, nullptr, quad.data(), static_cast<int>(quad.size()), flags);
-}
-
-/// In pixels and frame lines, right and bottom exclusive.
-struct Rectangle {
-    float left;
-    float top;
-    float right;
-    float bottom;
-};
-
 /// Maps all of a picture onto a rectangle, on the lines that `field` selects.
-void map_picture(Bitmap* dest, Bitmap* coverage, const Bitmap* picture, const Rectangle& to, unsigned field) {
-    const auto map = [&](float top, float bottom, float source_top, float source_bottom) {
-        bmp_map_rect(dest, coverage, to.left, top, to.right, bottom, picture, nullptr, 0, source_top,
-                     static_cast<float>(picture->width), source_bottom, field);
-    };
-    const float height = static_cast<float>(picture->height);
-    if (field == kBottomField && (picture->create_flags & kTwoFields) != 0) {
+void map_picture(Bitmap& dest, Bitmap& coverage, const Bitmap& picture, const FloatBox& to, Field field) {
+    const float width = static_cast<float>(picture.width()), height = static_cast<float>(picture.height());
+    if (field == kBottomField && picture.is_interlaced()) {
         // The lines of a bottom field are two frame lines high around their centres, so that the first one begins half
         // a line below the frame's top, and the mapping would begin there, too. It is continued up to the top.
         constexpr float kFieldTop = 0.5f;
-        const float split = to.top + (to.bottom - to.top) * (kFieldTop / height);
-        map(to.top, split, kFieldTop, 2 * kFieldTop);
-        map(split, to.bottom, kFieldTop, height);
+        const float split = to.y0 + (to.y1 - to.y0) * (kFieldTop / height);
+        map_rect(dest, coverage, {to.x0, to.y0, to.x1, split}, picture, {0, kFieldTop, width, 2 * kFieldTop}, field);
+        map_rect(dest, coverage, {to.x0, split, to.x1, to.y1}, picture, {0, kFieldTop, width, height}, field);
     } else {
-        map(to.top, to.bottom, 0, height);
+        map_rect(dest, coverage, to, picture, {0, 0, width, height}, field);
     }
 }
 
@@ -86,62 +70,62 @@ Effect::Effect(const EffectSettings& settings, int width, int height)
       band_px_(corner_px_ * kBandShare),
       outline_px_(covering_scale(settings.outline, width_px_ / 2, height_px_ / 2)),
       stage_(width, height, settings.line_height_px),
-      map_(make_bitmap(width, height, BMP_FMT_PWRW)),
-      outer_map_(make_bitmap_if(settings.kind == EffectKind::kBand, width, height, BMP_FMT_PWRW)),
-      scratch_(make_bitmap_if(has_scratch(settings.kind), width, height, BMP_FMT_YUY2)),
-      map_a_(make_bitmap_if(settings.kind == EffectKind::kPush, width, height, BMP_FMT_PWRW)),
-      scratch_a_(make_bitmap_if(settings.kind == EffectKind::kPush, width, height, BMP_FMT_YUY2)),
-      depth_(make_bitmap_if(settings.kind == EffectKind::kCube, width, height, BMP_FMT_QUAD3)),
+      map_(width, height, Format::pwrw),
+      outer_map_(make_if(settings.kind == EffectKind::kBand, width, height, Format::pwrw)),
+      scratch_(make_if(has_scratch(settings.kind), width, height, Format::yuy2)),
+      map_a_(make_if(settings.kind == EffectKind::kPush, width, height, Format::pwrw)),
+      scratch_a_(make_if(settings.kind == EffectKind::kPush, width, height, Format::yuy2)),
+      depth_(make_if(settings.kind == EffectKind::kCube, width, height, Format::quad3)),
       column_64ths_(width),
       line_64ths_(height) {}
 
-void Effect::compose(Bitmap* dest, const Bitmap* a, const Bitmap* b, double progress, unsigned field) {
+void Effect::compose(Bitmap& dest, const Bitmap& a, const Bitmap& b, double progress, Field field) {
     if (progress <= 0 || progress >= 1) {
-        bmp_copy(dest, progress <= 0 ? a : b, field);
+        copy(dest, progress <= 0 ? a : b, field);
         return;
     }
     const double reach = corner_px_ + settings_.feather_px;  // a disc of this radius is full in every corner
     switch (settings_.kind) {
         case EffectKind::kCrossfade:
-            bmp_compose(dest, a, b, BMP_INTEGER(std::lround(progress * kLevelFull)), field | BMP_COMPOSE_LEVEL);
+            zepbmp::compose(dest, a, b, Level(static_cast<int>(std::lround(progress * kWeightFull))), field);
             break;
         case EffectKind::kBox:
             draw_box(progress, field);
-            bmp_compose(dest, a, b, map_.get(), field);
+            zepbmp::compose(dest, a, b, map_, field);
             break;
         case EffectKind::kCircle:
-            draw_circle(map_.get(), progress * reach, field);
-            bmp_compose(dest, a, b, map_.get(), field);
+            draw_circle(map_, progress * reach, field);
+            zepbmp::compose(dest, a, b, map_, field);
             break;
         case EffectKind::kBand: {
             const double outer = progress * (reach + band_px_);
-            draw_circle(map_.get(), outer - band_px_, field);
-            draw_circle(outer_map_.get(), outer, field);
-            bmp_compose_color(dest, a, b, map_.get(), outer_map_.get(), settings_.color_yuv, field);
+            draw_circle(map_, outer - band_px_, field);
+            draw_circle(*outer_map_, outer, field);
+            compose_color(dest, a, b, map_, *outer_map_, Yuv::unpacked(settings_.color_yuv), field);
             break;
         }
         case EffectKind::kShape:
             draw_shape(progress, field);
-            bmp_compose(dest, a, b, map_.get(), field);
+            zepbmp::compose(dest, a, b, map_, field);
             break;
         case EffectKind::kFly:
             draw_flying(b, progress, field);
-            bmp_compose(dest, a, scratch_.get(), map_.get(), field);
+            zepbmp::compose(dest, a, *scratch_, map_, field);
             break;
         case EffectKind::kCube: draw_cube(dest, a, b, progress, field); break;
         case EffectKind::kZoom:
             draw_zoomed(b, progress, field);
-            bmp_compose(dest, a, scratch_.get(), map_.get(), field);
+            zepbmp::compose(dest, a, *scratch_, map_, field);
             break;
         case EffectKind::kPush:
             draw_pushed(a, b, progress, field);
-            bmp_compose(dest, scratch_a_.get(), scratch_.get(), map_.get(), field);
+            zepbmp::compose(dest, *scratch_a_, *scratch_, map_, field);
             break;
     }
 }
 
-void Effect::draw_box(double progress, unsigned field) {
-    bmp_clear(map_.get(), field);
+void Effect::draw_box(double progress, Field field) {
+    clear(map_, field);
     const double half_width = progress * (width_px_ / 2 + settings_.feather_px);
     const double half_height = progress * (height_px_ / 2 + settings_.feather_px);
     if (settings_.feather_px > 0) {
@@ -154,23 +138,25 @@ void Effect::draw_box(double progress, unsigned field) {
     };
     const float left = edge(width_px_ / 2 - half_width);
     const float top = edge((height_px_ / 2 - half_height) / settings_.line_height_px);
-    bmp_alpha_rect(map_.get(), left, top, static_cast<float>(map_->width) - 2 * left,
-                   static_cast<float>(map_->height) - 2 * top, 0, 0, field | BMP_SHAPE_ADD);
+    const float width = static_cast<float>(map_.width()) - 2 * left;
+    const float height = static_cast<float>(map_.height()) - 2 * top;
+    alpha_rect(map_, {left, top, width, height}, ShapeMode::add, field);
 }
 
 // A rectangle n/64 of a pixel wide gives its column n/64 of the full weight. So the soft edge is laid from such strips:
 // one for each column of the ramp, over the lines that reach the column's level, and one for each line of the ramp,
 // over the columns that pass the line's level. Each pixel is in one strip and gets the smaller of its column's and its
 // line's level.
-void Effect::draw_soft_box(double half_width, double half_height, unsigned field) {
+void Effect::draw_soft_box(double half_width, double half_height, Field field) {
     const double line = settings_.line_height_px;
     fill_ramp(column_64ths_, half_width, settings_.feather_px, settings_.edge);
     fill_ramp(line_64ths_, half_height / line, settings_.feather_px / line, settings_.edge);
 
     const auto strip = [&](Run columns, Run lines, int width_64ths, int height_64ths) {
-        bmp_alpha_rect(map_.get(), static_cast<float>(columns.begin), static_cast<float>(lines.begin),
-                       static_cast<float>(width_64ths) / kEdgeSteps, static_cast<float>(height_64ths) / kEdgeSteps, 0,
-                       0, field | BMP_SHAPE_ADD);
+        alpha_rect(map_,
+                   {static_cast<float>(columns.begin), static_cast<float>(lines.begin),
+                    static_cast<float>(width_64ths) / kEdgeSteps, static_cast<float>(height_64ths) / kEdgeSteps},
+                   ShapeMode::add, field);
     };
     const auto length = [](Run run) { return (run.end - run.begin) * kEdgeSteps; };
 
@@ -193,71 +179,77 @@ void Effect::draw_soft_box(double half_width, double half_height, unsigned field
     }
 }
 
-void Effect::draw_circle(Bitmap* map, double radius, unsigned field) const {
+void Effect::draw_circle(Bitmap& map, double radius, Field field) const {
     if (radius <= 0) {
-        bmp_clear(map, field);
+        clear(map, field);
         return;
     }
-    const unsigned profile = settings_.edge == Ease::kCosine ? BMP_SHAPE_COSINE : 0;
-    bmp_alpha_circle(map, static_cast<float>(width_px_ / 2), static_cast<float>(height_px_ / 2),
-                     static_cast<float>(radius), static_cast<float>(settings_.feather_px),
-                     static_cast<float>(settings_.line_height_px), field | profile);
+    const Circle circle = {.cx = static_cast<float>(width_px_ / 2),
+                           .cy = static_cast<float>(height_px_ / 2),
+                           .radius = static_cast<float>(radius),
+                           .feather = static_cast<float>(settings_.feather_px),
+                           .aspect = static_cast<float>(settings_.line_height_px)};
+    alpha_circle(map, circle, settings_.edge == Ease::kCosine ? Ramp::cosine : Ramp::linear, field);
 }
 
 // The polygon is filled with a colour that nobody sees: wanted is the plane of its coverage.
-void Effect::draw_shape(double progress, unsigned field) {
+void Effect::draw_shape(double progress, Field field) {
     const double scale = progress * outline_px_;
-    std::vector<BmpVertex> vertices;
+    const auto held = [](double position, float limit) {  // of a very large frame, where nobody sees it
+        return std::clamp(static_cast<float>(position), -limit, limit);
+    };
+    std::vector<Vertex> vertices;
     for (const OutlinePoint& point : settings_.outline)
-        vertices.push_back({0, 0, 1, static_cast<float>(width_px_ / 2 + scale * point.x),
-                            static_cast<float>((height_px_ / 2 + scale * point.y) / settings_.line_height_px)});
-    bmp_clear(map_.get(), field);
-    bmp_map_polygon(scratch_.get(), map_.get(), nullptr, BMP_INTEGER(0), BMP_INTEGER(kLevelFull), vertices.data(),
-                    static_cast<int>(vertices.size()), field | BMP_MAP_EXTRA | BMP_MAP_SOLID);
+        vertices.push_back(
+            {0, 0, 1, held(width_px_ / 2 + scale * point.x, kPositionLimit),
+             held((height_px_ / 2 + scale * point.y) / settings_.line_height_px, kAntialiasedLineLimit)});
+    clear(map_, field);
+    fill_polygon(*scratch_, Yuv(), Level(kWeightFull), vertices, {.field = field, .coverage = &map_});
 }
 
 // An anti-aliased polygon blends the texture's edge into what is there, and the composition blends by the same coverage
 // once more. So the picture is laid under itself before, without anti-aliasing and a few pixels wider: the edge is then
 // blended into its own colour, and only the composition's blend is left.
-void Effect::draw_flying(const Bitmap* b, double progress, unsigned field) {
+void Effect::draw_flying(const Bitmap& b, double progress, Field field) {
     const Quad quad = stage_.flying(progress, 0);
     const double margin = std::min(kUnderpaintPx / thickness(quad), kMostMargin / progress);
-    map_quad(scratch_.get(), nullptr, nullptr, b, stage_.flying(progress, margin), field);
-    bmp_clear(map_.get(), field);
-    map_quad(scratch_.get(), map_.get(), nullptr, b, quad, field | BMP_MAP_ANTIALIAS);
+    map_polygon(*scratch_, b, stage_.flying(progress, margin), {.field = field});
+    clear(map_, field);
+    map_polygon(*scratch_, b, quad, {.field = field, .sampling = Sampling::filtered_antialiased, .coverage = &map_});
 }
 
-void Effect::draw_cube(Bitmap* dest, const Bitmap* a, const Bitmap* b, double progress, unsigned field) {
-    bmp_compose_color(dest, a, nullptr, map_.get(), nullptr, settings_.color_yuv, field);  // weights 0: all colour
-    bmp_clear(depth_.get(), field);
-    map_quad(dest, nullptr, depth_.get(), a, stage_.cube_front(progress), field);
-    map_quad(dest, nullptr, depth_.get(), b, stage_.cube_right(progress), field);
+void Effect::draw_cube(Bitmap& dest, const Bitmap& a, const Bitmap& b, double progress, Field field) {
+    compose_color(dest, a, map_, Yuv::unpacked(settings_.color_yuv),
+                  field);  // weights 0: all colour
+    clear(*depth_, field);
+    map_polygon(dest, a, stage_.cube_front(progress), {.field = field, .depth = &*depth_});
+    map_polygon(dest, b, stage_.cube_right(progress), {.field = field, .depth = &*depth_});
 }
 
-void Effect::draw_zoomed(const Bitmap* b, double progress, unsigned field) {
-    const double left = (1 - progress) * map_->width / 2, top = (1 - progress) * map_->height / 2;
-    const Rectangle picture = {static_cast<float>(left), static_cast<float>(top),
-                               static_cast<float>(map_->width - left), static_cast<float>(map_->height - top)};
-    bmp_clear(map_.get(), field);
-    map_picture(scratch_.get(), map_.get(), b, picture, field);
+void Effect::draw_zoomed(const Bitmap& b, double progress, Field field) {
+    const double left = (1 - progress) * map_.width() / 2, top = (1 - progress) * map_.height() / 2;
+    const FloatBox picture = {static_cast<float>(left), static_cast<float>(top),
+                              static_cast<float>(map_.width() - left), static_cast<float>(map_.height() - top)};
+    clear(map_, field);
+    map_picture(*scratch_, map_, b, picture, field);
 }
 
 // Both pictures are cut at the same number, so that their weights add up to the full one in every pixel: where b's
 // weight is not full, a has left a colour.
-void Effect::draw_pushed(const Bitmap* a, const Bitmap* b, double progress, unsigned field) {
+void Effect::draw_pushed(const Bitmap& a, const Bitmap& b, double progress, Field field) {
     const Direction direction = settings_.direction;
     const bool a_first = direction == Direction::kLeft || direction == Direction::kUp;  // the left or the upper one
     const double part = a_first ? 1 - progress : progress;
-    const float width = static_cast<float>(map_->width), height = static_cast<float>(map_->height);
-    Rectangle first = {0, 0, width, height}, second = first;
+    const float width = static_cast<float>(map_.width()), height = static_cast<float>(map_.height());
+    FloatBox first = {0, 0, width, height}, second = first;
     if (direction == Direction::kLeft || direction == Direction::kRight)
-        first.right = second.left = static_cast<float>(part * map_->width);
+        first.x1 = second.x0 = static_cast<float>(part * map_.width());
     else
-        first.bottom = second.top = static_cast<float>(part * map_->height);
-    bmp_clear(map_a_.get(), field);
-    map_picture(scratch_a_.get(), map_a_.get(), a, a_first ? first : second, field);
-    bmp_clear(map_.get(), field);
-    map_picture(scratch_.get(), map_.get(), b, a_first ? second : first, field);
+        first.y1 = second.y0 = static_cast<float>(part * map_.height());
+    clear(*map_a_, field);
+    map_picture(*scratch_a_, *map_a_, a, a_first ? first : second, field);
+    clear(map_, field);
+    map_picture(*scratch_, map_, b, a_first ? second : first, field);
 }
 
 uint32_t yuv_from_rgb(uint32_t rgb, double red_weight, double blue_weight) {

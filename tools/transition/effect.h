@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "outline.h"
@@ -33,17 +34,17 @@ public:
     /// Composes the lines that `field` selects (kWholeFrame, kTopField, kBottomField); the other lines stay untouched.
     /// progress <= 0 gives a's bytes, progress >= 1 gives b's. `dest` is neither of them. A source made with kTwoFields
     /// is read in the lines of `field` alone.
-    void compose(Bitmap* dest, const Bitmap* a, const Bitmap* b, double progress, unsigned field);
+    void compose(Bitmap& dest, const Bitmap& a, const Bitmap& b, double progress, Field field);
 
 private:
-    void draw_box(double progress, unsigned field);
-    void draw_soft_box(double half_width, double half_height, unsigned field);
-    void draw_circle(Bitmap* map, double radius, unsigned field) const;
-    void draw_shape(double progress, unsigned field);
-    void draw_flying(const Bitmap* b, double progress, unsigned field);
-    void draw_cube(Bitmap* dest, const Bitmap* a, const Bitmap* b, double progress, unsigned field);
-    void draw_zoomed(const Bitmap* b, double progress, unsigned field);
-    void draw_pushed(const Bitmap* a, const Bitmap* b, double progress, unsigned field);
+    void draw_box(double progress, Field field);
+    void draw_soft_box(double half_width, double half_height, Field field);
+    void draw_circle(Bitmap& map, double radius, Field field) const;
+    void draw_shape(double progress, Field field);
+    void draw_flying(const Bitmap& b, double progress, Field field);
+    void draw_cube(Bitmap& dest, const Bitmap& a, const Bitmap& b, double progress, Field field);
+    void draw_zoomed(const Bitmap& b, double progress, Field field);
+    void draw_pushed(const Bitmap& a, const Bitmap& b, double progress, Field field);
 
     EffectSettings settings_;
     double width_px_;
@@ -52,12 +53,12 @@ private:
     double band_px_;     // width of the colour band
     double outline_px_;  // shape only: factor by which the outline covers the frame
     Stage stage_;
-    BitmapPtr map_;
-    BitmapPtr outer_map_;  // band only
-    BitmapPtr scratch_;    // shape, fly, zoom, push: colours under the weights of map_
-    BitmapPtr map_a_;      // push only
-    BitmapPtr scratch_a_;  // push only: colours under the weights of map_a_
-    BitmapPtr depth_;      // cube only: a float for each pixel
+    Bitmap map_;
+    std::optional<Bitmap> outer_map_;  // band only
+    std::optional<Bitmap> scratch_;    // shape, fly, zoom, push: colours under the weights of map_
+    std::optional<Bitmap> map_a_;      // push only
+    std::optional<Bitmap> scratch_a_;  // push only: colours under the weights of map_a_
+    std::optional<Bitmap> depth_;      // cube only: a float for each pixel
     std::vector<int> column_64ths_;
     std::vector<int> line_64ths_;
 };

@@ -90,10 +90,10 @@ PictureView view_of(const AVFrame& frame) {
 
 PictureView view_of(const Bitmap& bitmap, int width, AVColorSpace matrix) {
     PictureView view;
-    view.data[0] = bitmap.pixels;
-    view.stride[0] = bitmap.pitch;
+    view.data[0] = bitmap.record()->pixels;
+    view.stride[0] = bitmap.pitch();
     view.width = width;
-    view.height = bitmap.height;
+    view.height = bitmap.height();
     view.format = AV_PIX_FMT_YUYV422;
     view.matrix = matrix;
     return view;
@@ -143,26 +143,26 @@ void Scaler::convert_fields(const PictureView& from, const PictureView& to) {
         convert(contexts_[parity], from.field(parity), to.field(parity));
 }
 
-void FrameConverter::convert(const AVFrame& frame, Bitmap* to) {
+void FrameConverter::convert(const AVFrame& frame, Bitmap& to) {
     const PictureView from_view = view_of(frame);
-    const PictureView to_view = view_of(*to, width_, matrix_);
+    const PictureView to_view = view_of(to, width_, matrix_);
     switch (mode_) {
         case Mode::kWhole: scaler_.convert(from_view, to_view); break;
         case Mode::kFields: scaler_.convert_fields(from_view, to_view); break;
         case Mode::kDeinterlace: {
-            if (!native_ || native_->width < frame.width || native_->width > frame.width + 1 ||
-                native_->height != frame.height)
-                native_ = make_bitmap((frame.width + 1) & ~1, frame.height, BMP_FMT_YUY2);
+            if (!native_ || native_->width() < frame.width || native_->width() > frame.width + 1 ||
+                native_->height() != frame.height)
+                native_.emplace((frame.width + 1) & ~1, frame.height, Format::yuy2);
             const PictureView native_view = view_of(*native_, frame.width, matrix_);
             native_scaler_.convert_fields(from_view, native_view);
-            bmp_interporate(native_.get(), native_.get(), kTopField);
+            interporate(*native_, *native_, Parity::even);
             scaler_.convert(native_view, to_view);
             break;
         }
     }
-    if (to->width > width_)
-        for (int y = 0; y < to->height; ++y)
-            *bmp_pointer(to, width_, y) = *bmp_pointer(to, width_ - 1, y);
+    if (to.width() > width_)
+        for (int y = 0; y < to.height(); ++y)
+            *to.pointer(width_, y) = *to.pointer(width_ - 1, y);
 }
 
 }  // namespace zepbmp::transition

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "libav.h"
 #include "picture.h"
 
@@ -66,7 +68,7 @@ public:
 
     FrameConverter(Mode mode, int width, AVColorSpace matrix) : mode_(mode), width_(width), matrix_(matrix) {}
 
-    void convert(const AVFrame& frame, Bitmap* to);
+    void convert(const AVFrame& frame, Bitmap& to);
 
 private:
     Mode mode_;
@@ -74,7 +76,7 @@ private:
     AVColorSpace matrix_;
     Scaler scaler_;
     Scaler native_scaler_;
-    BitmapPtr native_;
+    std::optional<Bitmap> native_;
 };
 
 }  // namespace zepbmp::transition

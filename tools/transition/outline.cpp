@@ -22,7 +22,7 @@ constexpr std::uintmax_t kLargestFile = 1 << 20;
 constexpr double kLargestNumber = 1e9;
 
 // Of the farthest corner's distance. An outline that comes nearer to its centre would have to grow so far to cover a
-// frame that its corners leave the coordinates that bmp_map_polygon tells apart.
+// frame that its corners leave the coordinates that fill_polygon tells apart.
 constexpr double kLeastRoom = 1.0 / 32;
 
 constexpr double kLeastArea = 1e-9;  // of an outline whose corners lie within a distance of 1

@@ -15,6 +15,9 @@ constexpr double kFlightPitch = -0.4;   // radians; the upper side is turned awa
 constexpr double kFlightRight = -0.35;  // of the frame's shorter side, as is the next
 constexpr double kFlightDown = -0.2;
 
+// Of the frame's height. Nearer by, corners of very high frames would come behind the viewer.
+constexpr double kLeastDistance = 0.25;
+
 // Corners in the order of Quad, in halves of the picture's width and height.
 constexpr struct {
     int x;
@@ -24,9 +27,12 @@ constexpr struct {
 }  // namespace
 
 Stage::Stage(int width, int height, double line_height_px)
-    : width_px_(width), height_px_(height * line_height_px), line_height_px_(line_height_px), distance_px_(width) {}
+    : width_px_(width),
+      height_px_(height * line_height_px),
+      line_height_px_(line_height_px),
+      distance_px_(std::max(width_px_, height_px_ * kLeastDistance)) {}
 
-BmpVertex Stage::seen(const Point& point, double u, double v) const {
+Vertex Stage::seen(const Point& point, double u, double v) const {
     const double w = distance_px_ / (distance_px_ + point.z);
     return {static_cast<float>(u), static_cast<float>(v), static_cast<float>(w),
             static_cast<float>(width_px_ / 2 + w * point.x),
@@ -71,8 +77,8 @@ Quad Stage::cube_side(double turn, int side) const {
 double thickness(const Quad& quad) {
     double least = INFINITY;
     for (size_t i = 0; i < quad.size(); ++i) {
-        const BmpVertex& from = quad[i];
-        const BmpVertex& to = quad[(i + 1) % 4];
+        const Vertex& from = quad[i];
+        const Vertex& to = quad[(i + 1) % 4];
         const double dx = to.x - from.x, dy = to.y - from.y;
         for (size_t k : {(i + 2) % 4, (i + 3) % 4}) {
             const double area = dx * (quad[k].y - from.y) - dy * (quad[k].x - from.x);

@@ -2,14 +2,15 @@
 
 #include <array>
 
-#include "zepbmp.h"
+#include "zepbmp.hpp"
 
 namespace zepbmp::transition {
 
-/// A picture in space as bmp_map_polygon takes it. Corners: top left, top right, bottom right, bottom left.
-using Quad = std::array<BmpVertex, 4>;
+/// A picture in space as map_polygon takes it. Corners: top left, top right, bottom right, bottom left.
+using Quad = std::array<Vertex, 4>;
 
-/// Places pictures of the frame's size in space and looks at them from one frame width before the frame's centre.
+/// Places pictures of the frame's size in space and looks at them from one frame width before the frame's centre; from
+/// a quarter of the height where that is more.
 /// Space is measured in pixel widths from that centre: x to the right, y down, z away from the viewer. In the frame's
 /// plane (z = 0) a picture is as large as the frame.
 class Stage {
@@ -37,7 +38,7 @@ private:
     Quad cube_side(double turn, int side) const;
 
     /// Where a point is seen, and which texture position is seen there. w is 1 in the frame's plane, less behind it.
-    BmpVertex seen(const Point& point, double u, double v) const;
+    Vertex seen(const Point& point, double u, double v) const;
 
     double width_px_;
     double height_px_;

@@ -35,7 +35,7 @@ FieldOrder resolve(FieldChoice choice, FieldOrder flagged) {
     return flagged;
 }
 
-unsigned first_field(FieldOrder order) { return order == FieldOrder::kTopFirst ? kTopField : kBottomField; }
+Field first_field(FieldOrder order) { return order == FieldOrder::kTopFirst ? kTopField : kBottomField; }
 
 FrameConverter::Mode converter_mode(FieldOrder source, FieldOrder output) {
     if (!interlaced(source))
@@ -50,27 +50,27 @@ public:
         : reader_(reader),
           order_(order),
           converter_(converter_mode(order, output_order), output.width, known_matrix(output.matrix, output.height)),
-          picture_(make_bitmap((output.width + 1) & ~1, output.height, BMP_FMT_YUY2,
-                               interlaced(order) && interlaced(output_order) ? kTwoFields : 0)) {}
+          picture_((output.width + 1) & ~1, output.height, Format::yuy2,
+                   interlaced(order) && interlaced(output_order) ? kTwoFields : Scan::progressive) {}
 
     /// The picture that holds what is seen at a time of this video. `field` tells which field is asked for, since the
     /// second one of a frame was taken half a frame later than the first one.
-    const Bitmap* at(double seconds, unsigned field) {
+    const Bitmap& at(double seconds, Field field) {
         if (field != kWholeFrame && interlaced(order_) && field != first_field(order_))
             seconds -= 0.5 / reader_.info().rate.per_second();
         const AVFrame* const frame = reader_.frame_at(seconds);
         if (converted_ != reader_.frame_number()) {
-            converter_.convert(*frame, picture_.get());
+            converter_.convert(*frame, picture_);
             converted_ = reader_.frame_number();
         }
-        return picture_.get();
+        return picture_;
     }
 
 private:
     VideoReader& reader_;
     FieldOrder order_;
     FrameConverter converter_;
-    BitmapPtr picture_;
+    Bitmap picture_;
     int64_t converted_ = 0;
 };
 
@@ -84,8 +84,8 @@ public:
           ease_(options.ease),
           a_(reader_a, order_, reader_a.info(), order_),
           b_(reader_b, resolve(options.fields, reader_b.info().fields), reader_a.info(), order_),
-          picture_(make_bitmap((reader_a.info().width + 1) & ~1, reader_a.info().height, BMP_FMT_YUY2)),
-          effect_(effect_settings(options, reader_a.info()), picture_->width, picture_->height) {}
+          picture_((reader_a.info().width + 1) & ~1, reader_a.info().height, Format::yuy2),
+          effect_(effect_settings(options, reader_a.info()), picture_.width(), picture_.height()) {}
 
     FieldOrder order() const { return order_; }
 
@@ -93,12 +93,12 @@ public:
         if (!interlaced(order_)) {
             compose(frame, static_cast<double>(frame), 1.0, kWholeFrame);
         } else {
-            const unsigned first = first_field(order_);
-            const unsigned second = first == kTopField ? kBottomField : kTopField;
+            const Field first = first_field(order_);
+            const Field second = first == kTopField ? kBottomField : kTopField;
             compose(frame, static_cast<double>(frame), 0.5, first);
             compose(frame, static_cast<double>(frame) + 0.5, 0.5, second);
         }
-        return *picture_;
+        return picture_;
     }
 
 private:
@@ -114,15 +114,15 @@ private:
     }
 
     /// `moment` and `span` in frames: what is composed is shown from moment to moment + span.
-    void compose(int64_t frame, double moment, double span, unsigned field) {
+    void compose(int64_t frame, double moment, double span, Field field) {
         const double begin_b = static_cast<double>(timeline_.at);
         const auto seconds = [&](double frames) { return (frames + span * kSamplingPoint) / rate_.per_second(); };
-        const Bitmap* const a = timeline_.shows_a(frame) ? a_.at(seconds(moment), field) : nullptr;
-        const Bitmap* const b = timeline_.shows_b(frame) ? b_.at(seconds(moment - begin_b), field) : nullptr;
+        const Bitmap* const a = timeline_.shows_a(frame) ? &a_.at(seconds(moment), field) : nullptr;
+        const Bitmap* const b = timeline_.shows_b(frame) ? &b_.at(seconds(moment - begin_b), field) : nullptr;
         if (a && b)
-            effect_.compose(picture_.get(), a, b, eased(ease_, timeline_.progress(moment + span / 2)), field);
+            effect_.compose(picture_, *a, *b, eased(ease_, timeline_.progress(moment + span / 2)), field);
         else
-            bmp_copy(picture_.get(), a ? a : b, field);
+            copy(picture_, a ? *a : *b, field);
     }
 
     Timeline timeline_;
@@ -131,7 +131,7 @@ private:
     Ease ease_;
     PictureSource a_;
     PictureSource b_;
-    BitmapPtr picture_;
+    Bitmap picture_;
     Effect effect_;
 };
 

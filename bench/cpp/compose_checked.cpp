@@ -1,0 +1,3 @@
+#include "compose_inl.h"
+
+void compose_checked(benchmark::State& state) { measure(state); }
