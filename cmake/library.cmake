@@ -9,7 +9,7 @@ else()
 endif()
 add_library(zepbmp_static STATIC $<TARGET_OBJECTS:zepbmp_objects>)
 add_library(zepbmp::zepbmp ALIAS zepbmp)
-add_library(zepbmp::zepbmp_static ALIAS zepbmp_static)
+add_library(zepbmp::static ALIAS zepbmp_static)
 
 foreach(target IN ITEMS zepbmp_objects zepbmp zepbmp_static)
     zepbmp_library_flags(${target})
@@ -26,20 +26,41 @@ foreach(target IN ITEMS zepbmp_objects zepbmp zepbmp_static)
         LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
         ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 endforeach()
-set_target_properties(zepbmp_static PROPERTIES OUTPUT_NAME zepbmp EXPORT_NAME zepbmp_static)
+set_target_properties(zepbmp_static PROPERTIES OUTPUT_NAME zepbmp EXPORT_NAME static)
 
 if(WIN32)
+    # What the DLL exports, and what its linkers are told: 32-bit names are decorated, 64-bit ones are not.
     set(zepbmp_def ${PROJECT_SOURCE_DIR}/platform/exports.def)
+    set(ZEPBMP_IMPORT_DEF ${PROJECT_BINARY_DIR}/zepbmp.def)
+    file(READ ${zepbmp_def} zepbmp_names)
+    string(REGEX MATCHALL "_bmp_[a-z_]+@[0-9]+" zepbmp_names "${zepbmp_names}")
+    if(ZEPBMP_32BIT)
+        set(zepbmp_link_def ${zepbmp_def})
+        set(zepbmp_entry _zepbmp_entry@12)
+        set(zepbmp_msvc_machine /machine:x86 /safeseh:no)
+        set(zepbmp_address_space)
+    else()
+        list(TRANSFORM zepbmp_names REPLACE "^_(.+)@[0-9]+$" "\\1")
+        set(zepbmp_link_def ${ZEPBMP_IMPORT_DEF})
+        set(zepbmp_entry zepbmp_entry)
+        set(zepbmp_msvc_machine /machine:x64)
+        set(zepbmp_address_space LINKER:--high-entropy-va)
+    endif()
+    list(TRANSFORM zepbmp_names PREPEND "    " OUTPUT_VARIABLE zepbmp_def_lines)
+    list(JOIN zepbmp_def_lines "\n" zepbmp_def_lines)
+    configure_file(platform/import.def.in ${ZEPBMP_IMPORT_DEF} @ONLY)
+    set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${zepbmp_def})
+
     set(zepbmp_linker_map ${PROJECT_BINARY_DIR}/zepbmp.map)
-    set_target_properties(zepbmp PROPERTIES PREFIX "" LINK_DEPENDS ${zepbmp_def})
+    set_target_properties(zepbmp PROPERTIES PREFIX "" LINK_DEPENDS ${zepbmp_link_def})
     # The DLL is the exports and what they refer to. With an entry point of its own it holds no start-up code of the C
     # runtime; nothing applies run-time relocations then, so the linker may not make any. Without the time of day the
     # same sources give the same bytes.
     target_link_libraries(zepbmp_static PRIVATE gdi32)
     target_link_libraries(zepbmp PRIVATE zepbmp_static)
-    target_link_options(zepbmp PRIVATE ${zepbmp_def}
-        -nostartfiles LINKER:--entry=_zepbmp_entry@12 LINKER:--disable-auto-import
-        LINKER:--dynamicbase LINKER:--nxcompat LINKER:--no-insert-timestamp
+    target_link_options(zepbmp PRIVATE ${zepbmp_link_def}
+        -nostartfiles LINKER:--entry=${zepbmp_entry} LINKER:--disable-auto-import
+        LINKER:--dynamicbase LINKER:--nxcompat ${zepbmp_address_space} LINKER:--no-insert-timestamp
         LINKER:-Map=${zepbmp_linker_map} $<$<CONFIG:Release>:LINKER:--strip-all>)
 
     # The version resource.
@@ -48,28 +69,23 @@ if(WIN32)
     configure_file(platform/version_win32.rc.in version.rc @ONLY)
     target_sources(zepbmp PRIVATE ${PROJECT_BINARY_DIR}/version.rc)
 
-    # Import libraries, one for each of the common linkers. What the MinGW linker makes by itself resolves other symbols
-    # than hosts refer to, because these exports carry their underscore; so it is replaced. The Microsoft-style linker
-    # makes its import library only beside a DLL: that one is made of empty functions and is not used for anything.
+    # Import libraries, one for each of the common linkers. What the MinGW linker makes by itself for 32 bits resolves
+    # other symbols than hosts refer to, because these exports carry their underscore; so it is replaced. The
+    # Microsoft-style linker makes its import library only beside a DLL: that one is made of empty functions and is not
+    # used for anything.
     find_program(ZEPBMP_LLD_LINK NAMES lld-link lld-link-14 HINTS /usr/lib/llvm-14/bin REQUIRED
         DOC "Makes zepbmp.lib, the import library for Microsoft-style linkers (package lld)")
-    file(READ ${zepbmp_def} zepbmp_names)
-    string(REGEX MATCHALL "_bmp_[a-z_]+@[0-9]+" zepbmp_names "${zepbmp_names}")
-    list(TRANSFORM zepbmp_names PREPEND "    " OUTPUT_VARIABLE zepbmp_def_lines)
-    list(JOIN zepbmp_def_lines "\n" zepbmp_def_lines)
     list(TRANSFORM zepbmp_names REPLACE ".+" ".globl \\0\n\\0: ret" OUTPUT_VARIABLE zepbmp_stub_lines)
     list(JOIN zepbmp_stub_lines "\n" zepbmp_stub_lines)
-    set(ZEPBMP_IMPORT_DEF ${PROJECT_BINARY_DIR}/zepbmp.def)
-    configure_file(platform/import.def.in ${ZEPBMP_IMPORT_DEF} @ONLY)
     file(CONFIGURE OUTPUT import.s CONTENT "${zepbmp_stub_lines}\n" @ONLY)
-    set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${zepbmp_def} LICENSE)
+    set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS LICENSE)
     set(ZEPBMP_MSVC_IMPORT_LIBRARY ${PROJECT_BINARY_DIR}/zepbmp.lib)
     add_custom_command(TARGET zepbmp POST_BUILD WORKING_DIRECTORY ${PROJECT_BINARY_DIR}
         COMMAND ${CMAKE_DLLTOOL} --no-leading-underscore --deterministic-libraries --temp-prefix zepbmp
                 --input-def ${ZEPBMP_IMPORT_DEF} --dllname $<TARGET_FILE_NAME:zepbmp>
                 --output-lib $<TARGET_LINKER_FILE_NAME:zepbmp>
         COMMAND ${CMAKE_CXX_COMPILER} -c import.s -o import.obj
-        COMMAND ${ZEPBMP_LLD_LINK} /nologo /dll /noentry /machine:x86 /safeseh:no /nodefaultlib /timestamp:0
+        COMMAND ${ZEPBMP_LLD_LINK} /nologo /dll /noentry ${zepbmp_msvc_machine} /nodefaultlib /timestamp:0
                 /def:${ZEPBMP_IMPORT_DEF} import.obj /out:import.dll /implib:zepbmp.lib
         COMMAND ${CMAKE_COMMAND} -E rm import.obj import.dll
         BYPRODUCTS ${ZEPBMP_MSVC_IMPORT_LIBRARY} ${zepbmp_linker_map}

@@ -20,8 +20,8 @@
 
 #include <stdint.h>
 
-#define ZEPBMP_VERSION_MAJOR 0
-#define ZEPBMP_VERSION_MINOR 1
+#define ZEPBMP_VERSION_MAJOR 1
+#define ZEPBMP_VERSION_MINOR 0
 #define ZEPBMP_VERSION_PATCH 0
 
 /* What this version of the library exports: all 18 functions. A group that is 0, or not defined, does not link. */

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks zepbmp.dll as a file: what the loader is told, what it imports, what its properties show.
 
-usage: check_dll.py --header FILE --def FILE DLL
-       check_dll.py --header FILE --def FILE --self-test DLL    what is spoiled in a copy has to be found
+usage: check_dll.py --bits 32|64 --header FILE --def FILE DLL
+       check_dll.py --bits 32|64 --header FILE --def FILE --self-test DLL    what is spoiled in a copy has to be found
 Needs Debian's python3-pefile.
 """
 import argparse
@@ -31,17 +31,22 @@ def header_version(path):
     return tuple(int(part) for part in parts)
 
 
-def defined_names(path):
+def defined_names(path, bits):
+    """32-bit names as the file has them; 64-bit ones are bare."""
     with open(path) as file:
         names = re.findall(r'^\s*"(_bmp_\w+@\d+)" =', file.read(), re.MULTILINE)
     if not names:
         sys.exit(f"error: {path} names no export")
-    return names
+    return names if bits == 32 else [re.sub(r"^_(\w+)@\d+$", r"\1", name) for name in names]
 
 
-def check_headers(dll):
+def check_headers(dll, bits):
     flags, options = dll.FILE_HEADER, dll.OPTIONAL_HEADER
-    yield flags.Machine == 0x14C and options.Magic == 0x10B, "not a 32-bit x86 file"
+    kind = (0x14C, 0x10B) if bits == 32 else (0x8664, 0x20B)
+    yield (flags.Machine, options.Magic) == kind, f"not a {bits}-bit x86 file"
+    if bits == 64:
+        yield options.DllCharacteristics & 0x20, "randomisation in 64 bits (HIGH_ENTROPY_VA) is off"
+        yield options.ImageBase >= 1 << 32, "linked for an address that needs only 32 bits"
     yield flags.IMAGE_FILE_DLL, "not marked as a DLL"
     yield not flags.IMAGE_FILE_RELOCS_STRIPPED, "marked as not relocatable"
     yield options.DllCharacteristics & 0x40, "address space randomisation (DYNAMIC_BASE) is off"
@@ -65,10 +70,11 @@ def check_sections(dll):
     yield text.contains_rva(start), "the entry point is not in .text"
 
 
-def check_relocations(dll):
+def check_relocations(dll, bits):
     blocks = getattr(dll, "DIRECTORY_ENTRY_BASERELOC", [])
-    places = [entry for block in blocks for entry in block.entries if entry.type == 3]
-    yield len(places) > 1000, f"only {len(places)} relocations"
+    places = [entry for block in blocks for entry in block.entries if entry.type == (3 if bits == 32 else 10)]
+    # 64-bit code has no address in it; the kernel tables are what is left.
+    yield len(places) > (1000 if bits == 32 else 500), f"only {len(places)} relocations"
     size = dll.OPTIONAL_HEADER.SizeOfImage
     yield all(entry.rva < size for entry in places), "a relocation is outside the image"
 
@@ -110,8 +116,8 @@ def check_version(dll, version):
     yield strings.get("FileDescription"), "there is no FileDescription"
 
 
-def findings(dll, version, names):
-    return [text for check in (check_headers(dll), check_sections(dll), check_relocations(dll),
+def findings(dll, bits, version, names):
+    return [text for check in (check_headers(dll, bits), check_sections(dll), check_relocations(dll, bits),
                                check_exports(dll, names), check_imports(dll), check_version(dll, version))
             for right, text in check if not right]
 
@@ -159,6 +165,14 @@ def replace_bytes(old, new):
     return spoil
 
 
+def rename_export(dll):
+    for name in (b"_bmp_create@16\0", b"\0bmp_create\0"):
+        if name in dll.__data__[:]:
+            replace_bytes(name, name.replace(b"create", b"crease"))(dll)
+            return
+    sys.exit("error: bmp_create is not in the DLL")
+
+
 SELF_TEST = [
     (set_flag("DllCharacteristics", 0x40, False), "DYNAMIC_BASE"),
     (set_flag("DllCharacteristics", 0x100, False), "NX_COMPAT"),
@@ -168,7 +182,7 @@ SELF_TEST = [
     (clear_directory("resource"), "no version resource"),
     (set_entry_point, "entry point"),
     (make_writable, "written and executed"),
-    (replace_bytes(b"_bmp_create@16\0", b"_bmp_create@12\0"), "exports"),
+    (rename_export, "exports"),
     (replace_bytes(b"calloc\0", b"system\0"), "imports system"),
     (replace_bytes(b"GDI32.dll\0", b"WS232.dll\0"), "ws232.dll"),
     (replace_bytes("OriginalFilename\0".encode("utf-16le"), "OriginalFileName\0".encode("utf-16le")),
@@ -176,31 +190,39 @@ SELF_TEST = [
 ]
 
 
-def self_test(path, version, names):
+SELF_TEST_64 = [
+    (set_flag("DllCharacteristics", 0x20, False), "HIGH_ENTROPY_VA"),
+]
+
+
+def self_test(path, bits, version, names):
     wrong = 0
-    for spoil, expected in SELF_TEST:
+    cases = SELF_TEST + (SELF_TEST_64 if bits == 64 else [])
+    for spoil, expected in cases:
         dll = pefile.PE(path)
         spoil(dll)
-        found = findings(pefile.PE(data=bytes(dll.write())), version, names)
+        found = findings(pefile.PE(data=bytes(dll.write())), bits, version, names)
         if not any(expected in text for text in found):
             wrong += 1
             print(f"not found: '{expected}'; found instead: {found}")
-    wrong += not findings(pefile.PE(path), (*version[:2], version[2] + 1), names)
-    print(f"{len(SELF_TEST) + 1} cases, {wrong} wrong")
+    wrong += not findings(pefile.PE(path), bits, (*version[:2], version[2] + 1), names)
+    wrong += not findings(pefile.PE(path), 96 - bits, version, names)
+    print(f"{len(cases) + 2} cases, {wrong} wrong")
     return wrong
 
 
 def main():
     parser = argparse.ArgumentParser(description="Checks zepbmp.dll as a file.")
+    parser.add_argument("--bits", type=int, choices=(32, 64), required=True)
     parser.add_argument("--header", required=True)
     parser.add_argument("--def", required=True, dest="definition")
     parser.add_argument("--self-test", action="store_true")
     parser.add_argument("dll")
     arguments = parser.parse_args()
-    version, names = header_version(arguments.header), defined_names(arguments.definition)
+    version, names = header_version(arguments.header), defined_names(arguments.definition, arguments.bits)
     if arguments.self_test:
-        sys.exit(1 if self_test(arguments.dll, version, names) else 0)
-    found = findings(pefile.PE(arguments.dll), version, names)
+        sys.exit(1 if self_test(arguments.dll, arguments.bits, version, names) else 0)
+    found = findings(pefile.PE(arguments.dll), arguments.bits, version, names)
     for text in found:
         print(f"{arguments.dll}: {text}")
     print(f"{len(names)} exports, version {'.'.join(map(str, version))}, {len(found)} findings")

@@ -4,18 +4,22 @@
 The header says which groups of functions this version has (#define ZEPBMP_HAS_... 1 with the names behind it), and the
 prototypes say how many argument words each takes. From this follow the names of every file checked here.
 
-usage: check_symbols.py --header FILE KIND FILE [--nm PROGRAM] [--objdump PROGRAM]
-  so       a shared library: exactly the available functions are exported, nothing but system libraries is needed
+usage: check_symbols.py --header FILE [--bits 32|64] [--nm PROGRAM] [--objdump PROGRAM] KIND FILE
+  map      a linker's version script: exactly the available functions are listed, under the version ZEPBMP_1
+  so       a shared library: exactly the available functions are exported, with the version ZEPBMP_1, nothing but system
+           libraries is needed
   archive  a static library: every global symbol is an available function or in namespace zepbmp
   def      a module-definition file: exactly one line for each available function, as "_name@bytes" = name@bytes
   dll      a Windows library: exactly the names _name@bytes are exported, nothing but system DLLs imported
   implib   an import library: it resolves the symbols _name@bytes
+With --bits 64 the last two have bare names.
 """
 import argparse
 import re
 import subprocess
 import sys
 
+SYMBOL_VERSION = "ZEPBMP_1"
 SYSTEM_DLLS = {"kernel32.dll", "msvcrt.dll", "user32.dll", "gdi32.dll"}
 SYSTEM_LIBRARIES = re.compile(r"^(libc|libm|libgcc_s|libstdc\+\+|ld-linux(-x86-64)?)\.so\.\d+$")
 # Position-independent 32-bit code fetches its own address by such a thunk: one plain move, the same in every file.
@@ -51,10 +55,22 @@ def compare(what, found, wanted):
     return findings
 
 
+def check_map(arguments, functions):
+    with open(arguments.file) as file:
+        text = re.sub(r"/\*.*?\*/", "", file.read(), flags=re.DOTALL)
+    match = re.match(r"^\s*(\w+)\s*\{\s*global:([^:{}]*)local:\s*\*;\s*\};\s*$", text)
+    if not match:
+        return ["not of the form 'VERSION { global: name; ... local: *; };'"]
+    return (([] if match.group(1) == SYMBOL_VERSION else [f"the version is {match.group(1)}, not {SYMBOL_VERSION}"]) +
+            compare("name", match.group(2).replace(";", " ").split(), list(functions)))
+
+
 def check_so(arguments, functions):
-    exported = [line.split()[-1] for line in run(arguments.nm, "-D", "--defined-only", arguments.file).splitlines()]
+    symbols = [line.split() for line in run(arguments.nm, "-D", "--defined-only", arguments.file).splitlines()]
+    # The version itself is listed as an absolute symbol.
+    exported = [name for *_, kind, name in symbols if (kind, name) != ("A", SYMBOL_VERSION)]
     needed = re.findall(r"^\s*NEEDED\s+(\S+)", run(arguments.objdump, "-p", arguments.file), re.MULTILINE)
-    return (compare("export", exported, list(functions)) +
+    return (compare("export", exported, [f"{name}@@{SYMBOL_VERSION}" for name in functions]) +
             [f"needs {name}" for name in needed if not SYSTEM_LIBRARIES.match(name)])
 
 
@@ -66,7 +82,7 @@ def check_archive(arguments, functions):
         if len(words) < 2 or len(words[-2]) != 1:
             continue  # a member's name
         name = words[-1]
-        if arguments.windows:
+        if arguments.windows and arguments.bits == 32:
             if not name.startswith("_") and not name.startswith("."):
                 findings.append(f"global symbol {name}")
                 continue
@@ -90,7 +106,7 @@ def check_def(arguments, functions):
             found.append(match.group(1))
         elif line:
             findings.append(f"line '{line}' is not of the form \"_name@bytes\" = name@bytes")
-    return findings + compare("line", found, decorated(functions))
+    return findings + compare("line", found, decorated(functions, 32))
 
 
 def check_dll(arguments, functions):
@@ -99,7 +115,7 @@ def check_dll(arguments, functions):
     exported = re.findall(r"^\s*\[\s*\d+\]\s+(?:\+base\[\s*\d+\]\s+\w+\s+)?(\S+)$",
                           table[1].split("\n\n")[0] if len(table) == 2 else "", re.MULTILINE)
     imported = re.findall(r"^\s*DLL Name: (\S+)", text, re.MULTILINE)
-    return (compare("export", exported, decorated(functions)) +
+    return (compare("export", exported, decorated(functions, arguments.bits)) +
             [f"imports {name}" for name in imported if name.lower() not in SYSTEM_DLLS] +
             ([] if imported else ["imports nothing: the listing was not understood"]))
 
@@ -107,13 +123,13 @@ def check_dll(arguments, functions):
 def check_implib(arguments, functions):
     listing = run(arguments.nm, arguments.file).splitlines()
     symbols = {line.split()[-1] for line in listing if " T " in line or " I " in line}
-    wanted = decorated(functions)
+    wanted = decorated(functions, arguments.bits)
     return compare("symbol", [name for name in symbols if re.match(r"^(__imp_)?_?bmp_", name)],
                    wanted + ["__imp_" + name for name in wanted])
 
 
-def decorated(functions):
-    return [f"_{name}@{size}" for name, size in functions.items()]
+def decorated(functions, bits):
+    return [f"_{name}@{size}" if bits == 32 else name for name, size in functions.items()]
 
 
 def main():
@@ -121,8 +137,10 @@ def main():
     parser.add_argument("--header", required=True)
     parser.add_argument("--nm", default="nm")
     parser.add_argument("--objdump", default="objdump")
-    parser.add_argument("--windows", action="store_true", help="symbols carry a leading underscore and @bytes")
-    checks = {"so": check_so, "archive": check_archive, "def": check_def, "dll": check_dll, "implib": check_implib}
+    parser.add_argument("--bits", type=int, choices=(32, 64), default=32)
+    parser.add_argument("--windows", action="store_true", help="32-bit symbols carry a leading underscore and @bytes")
+    checks = {"map": check_map, "so": check_so, "archive": check_archive, "def": check_def, "dll": check_dll,
+              "implib": check_implib}
     parser.add_argument("kind", choices=checks)
     parser.add_argument("file")
     arguments = parser.parse_args()

@@ -19,11 +19,13 @@ endif()
 set(checks ${PROJECT_SOURCE_DIR}/cmake/checks)
 set(header ${PROJECT_SOURCE_DIR}/include/zepbmp.h)
 math(EXPR bits "${CMAKE_SIZEOF_VOID_P} * 8")
+set(check_objects ${Python3_EXECUTABLE} ${checks}/check_objects.py --bits ${bits} --objdump ${objdump} --nm ${nm})
+if(WIN32 AND NOT ZEPBMP_32BIT)
+    list(APPEND check_objects --unaligned-stack)
+endif()
 
 file(GENERATE OUTPUT objects.txt CONTENT "$<JOIN:$<TARGET_OBJECTS:zepbmp_objects>,\n>\n")
-add_test(NAME check.instructions
-    COMMAND ${Python3_EXECUTABLE} ${checks}/check_objects.py --bits ${bits} --objdump ${objdump} --nm ${nm}
-            ${PROJECT_BINARY_DIR}/objects.txt)
+add_test(NAME check.instructions COMMAND ${check_objects} ${PROJECT_BINARY_DIR}/objects.txt)
 
 function(zepbmp_check_symbols name)
     add_test(NAME check.${name} COMMAND ${Python3_EXECUTABLE} ${checks}/check_symbols.py --header ${header}
@@ -32,11 +34,12 @@ endfunction()
 
 if(WIN32)
     zepbmp_check_symbols(def def ${zepbmp_def})
-    zepbmp_check_symbols(dll dll $<TARGET_FILE:zepbmp>)
-    zepbmp_check_symbols(import_library implib $<TARGET_LINKER_FILE:zepbmp>)
-    zepbmp_check_symbols(import_library_msvc implib ${ZEPBMP_MSVC_IMPORT_LIBRARY})
-    zepbmp_check_symbols(archive --windows archive $<TARGET_FILE:zepbmp_static>)
+    zepbmp_check_symbols(dll --bits ${bits} dll $<TARGET_FILE:zepbmp>)
+    zepbmp_check_symbols(import_library --bits ${bits} implib $<TARGET_LINKER_FILE:zepbmp>)
+    zepbmp_check_symbols(import_library_msvc --bits ${bits} implib ${ZEPBMP_MSVC_IMPORT_LIBRARY})
+    zepbmp_check_symbols(archive --windows --bits ${bits} archive $<TARGET_FILE:zepbmp_static>)
 else()
+    zepbmp_check_symbols(map map ${zepbmp_map})
     zepbmp_check_symbols(shared_library so $<TARGET_FILE:zepbmp>)
     zepbmp_check_symbols(archive archive $<TARGET_FILE:zepbmp_static>)
     add_test(NAME check.instructions_self_test
@@ -44,19 +47,8 @@ else()
                 --nm ${nm})
 endif()
 
-set(consumer ${PROJECT_SOURCE_DIR}/cmake/consumer)
-if(CMAKE_TOOLCHAIN_FILE)
-    set(how -D TOOLCHAIN=${CMAKE_TOOLCHAIN_FILE})
-else()
-    set(how -D "CONFIGURE=-DCMAKE_C_COMPILER=${CMAKE_C_COMPILER}\;-DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER}")
-endif()
-if(WIN32)
-    list(APPEND how -D EMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR} -D LLD_LINK=${ZEPBMP_LLD_LINK})
-endif()
-add_test(NAME check.package COMMAND ${CMAKE_COMMAND} -D BUILD=${PROJECT_BINARY_DIR} -D SOURCE=${consumer}
-    -D WORK=${PROJECT_BINARY_DIR}/consumer -D C_COMPILER=${CMAKE_C_COMPILER} -D C_FLAGS=${CMAKE_C_FLAGS} ${how}
-    -P ${consumer}/test_package.cmake)
-
+include(consumer/consumer)
+include(abi/abi)
 if(WIN32)
     include(checks/windows/windows)
 endif()

@@ -9,6 +9,13 @@
 
 enum { kExports = 18, kWarmUpLoads = 100, kLoads = 1000, kThreads = 20 };
 
+/* An export's name: 32-bit ones carry an underscore and the size of the arguments. */
+#if defined(__i386__)
+#define NAME(function, bytes) "_" #function "@" #bytes
+#else
+#define NAME(function, bytes) #function
+#endif
+
 static int failures;
 
 static void expect(int right, const char* what) {
@@ -27,11 +34,26 @@ static HMODULE load(void) {
 }
 
 static void check_names(HMODULE dll) {
-    static const char* const others[] = {"bmp_create",      "bmp_create@16",  "_bmp_create",    "__bmp_create@16",
-                                         "bmp_display",     "_bmp_create@12", "_BMP_CREATE@16", "zepbmp_entry",
-                                         "zepbmp_entry@12", "DllMain"};
-    expect(GetProcAddress(dll, "_bmp_create@16") != NULL, "_bmp_create@16 is not found");
-    expect(GetProcAddress(dll, "_bmp_display@32") != NULL, "_bmp_display@32 is not found");
+    static const char* const others[] = {
+#if defined(__i386__)
+        "bmp_create",
+        "bmp_display",
+#else
+        "_bmp_create@16",
+        "_bmp_display@32",
+#endif
+        "bmp_create@16",
+        "_bmp_create",
+        "__bmp_create@16",
+        "_bmp_create@12",
+        "_BMP_CREATE@16",
+        "BMP_CREATE",
+        "zepbmp_entry@12",
+        "zepbmp_entry",
+        "DllMain"
+    };
+    expect(GetProcAddress(dll, NAME(bmp_create, 16)) != NULL, NAME(bmp_create, 16) " is not found");
+    expect(GetProcAddress(dll, NAME(bmp_display, 32)) != NULL, NAME(bmp_display, 32) " is not found");
     for (size_t i = 0; i < sizeof others / sizeof *others; ++i)
         expect(GetProcAddress(dll, others[i]) == NULL, others[i]);
     expect(GetProcAddress(dll, MAKEINTRESOURCEA(1)) != NULL, "no export has ordinal 1");
@@ -44,8 +66,8 @@ static void use(HMODULE dll) {
     Bitmap*(BMP_CALL * create)(int32_t, int32_t, int32_t, uint32_t);
     void(BMP_CALL * destroy)(Bitmap*);
     void(BMP_CALL * alpha_rect)(Bitmap*, float, float, float, float, float, float, uint32_t);
-    FARPROC found[] = {GetProcAddress(dll, "_bmp_create@16"), GetProcAddress(dll, "_bmp_destroy@4"),
-                       GetProcAddress(dll, "_bmp_alpha_rect@32")};
+    FARPROC found[] = {GetProcAddress(dll, NAME(bmp_create, 16)), GetProcAddress(dll, NAME(bmp_destroy, 4)),
+                       GetProcAddress(dll, NAME(bmp_alpha_rect, 32))};
     memcpy(&create, &found[0], sizeof create);
     memcpy(&destroy, &found[1], sizeof destroy);
     memcpy(&alpha_rect, &found[2], sizeof alpha_rect);

@@ -1,5 +1,4 @@
 # Tests of zepbmp.dll as a file and towards the loader, and of the zip that is made of it.
-find_program(ZEPBMP_QEMU qemu-i386 REQUIRED DOC "Runs the DLL on old processors (package qemu-user)")
 # Debian's modules are those of Debian's own Python.
 find_program(ZEPBMP_DEBIAN_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
 execute_process(COMMAND ${ZEPBMP_DEBIAN_PYTHON} -c "import pefile" RESULT_VARIABLE status ERROR_QUIET)
@@ -9,12 +8,11 @@ if(NOT status EQUAL 0)
 endif()
 set(here ${checks}/windows)
 
-set(check_dll ${ZEPBMP_DEBIAN_PYTHON} ${checks}/check_dll.py --header ${header} --def ${zepbmp_def}
+set(check_dll ${ZEPBMP_DEBIAN_PYTHON} ${checks}/check_dll.py --bits ${bits} --header ${header} --def ${zepbmp_def}
     $<TARGET_FILE:zepbmp>)
 add_test(NAME check.dll_file COMMAND ${check_dll})
 add_test(NAME check.dll_file_self_test COMMAND ${check_dll} --self-test)
-set(check_linked ${Python3_EXECUTABLE} ${checks}/check_objects.py --objdump ${objdump}
-    --linked $<TARGET_FILE:zepbmp> ${zepbmp_linker_map})
+set(check_linked ${check_objects} --linked $<TARGET_FILE:zepbmp> ${zepbmp_linker_map})
 add_test(NAME check.dll_instructions COMMAND ${check_linked})
 add_test(NAME check.dll_instructions_self_test COMMAND ${check_linked} --self-test)
 
@@ -25,7 +23,12 @@ target_include_directories(loading_host PRIVATE ${PROJECT_SOURCE_DIR}/include)
 add_dependencies(loading_host zepbmp)
 add_test(NAME check.dll_loading COMMAND loading_host WORKING_DIRECTORY ${PROJECT_BINARY_DIR})
 
+if(NOT ZEPBMP_32BIT)
+    return()
+endif()
+
 # On old processors. Host and stand-ins are baseline code without a C runtime.
+find_program(ZEPBMP_QEMU qemu-i386 REQUIRED DOC "Runs the DLL on old processors (package qemu-user)")
 set(processors ${PROJECT_BINARY_DIR}/processors)
 add_executable(processor_host ${here}/processor_host.c)
 add_library(msvcrt_stand_in SHARED ${here}/stand_ins.c)

@@ -1,0 +1,22 @@
+# Installs the build into an empty prefix and moves that to $PREFIX: an installed tree holds no path of its own.
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
+start()
+file(REMOVE_RECURSE ${PREFIX})
+run(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/prefix)
+file(RENAME ${WORK}/prefix ${PREFIX})
+
+# A moved tree could still lead a user to this build; everything that is text is read.
+file(GLOB_RECURSE files ${PREFIX}/*.cmake ${PREFIX}/*.pc ${PREFIX}/*.h ${PREFIX}/*.hpp)
+list(LENGTH files count)
+if(count LESS 5)
+    message(FATAL_ERROR "expected headers, a CMake package and a .pc file, found: ${files}")
+endif()
+foreach(file IN LISTS files)
+    file(READ ${file} text)
+    foreach(path IN ITEMS ${BUILD} ${SOURCE} ${WORK})
+        string(FIND "${text}" "${path}" place)
+        if(NOT place EQUAL -1)
+            message(FATAL_ERROR "${file} names ${path}")
+        endif()
+    endforeach()
+endforeach()
