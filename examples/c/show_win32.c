@@ -87,14 +87,14 @@ static int fail(const char* what) {
 }
 
 static void paint(HWND window) {
-    PAINTSTRUCT session;
-    HDC dc = BeginPaint(window, &session);
+    PAINTSTRUCT painting;
+    HDC dc = BeginPaint(window, &painting);
     for (int i = 0; dc && i < kFrames; ++i) {
         RECT place = {kGap + i * (kWidth + kGap), kGap, (i + 1) * (kWidth + kGap), kGap + kHeight};
         if (RectVisible(dc, &place) && !bmp_display(dc, place.left, place.top, kWidth, kHeight, frames[i], 0, 0))
             PostQuitMessage(fail("a frame cannot be drawn"));
     }
-    EndPaint(window, &session);
+    EndPaint(window, &painting);
 }
 
 static LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM w_param, LPARAM l_param) {
