@@ -10,7 +10,7 @@ from zepbmp import Bitmap, Format
 
 sizes = st.tuples(st.integers(1, 40), st.integers(1, 6))
 fields = st.sampled_from(list(zepbmp.Field))
-seeds = st.integers(0, 2**32 - 1)
+starts = st.integers(0, 2**32 - 1)
 colored = st.sampled_from([Format.YUY2, Format.RGBQ])
 
 _NASTY = np.array([0, 1, 127, 128, 254, 255], np.uint8)

@@ -5,7 +5,7 @@ import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
-from strategies import colored, fields, filled, seeds, sizes
+from strategies import colored, fields, filled, sizes, starts
 
 import zepbmp
 from zepbmp import Bitmap, DrawMode, Field, Format, ShapeMode
@@ -19,7 +19,7 @@ def expect_lines(dest: Bitmap, before: models.Array, drawn: models.Array, field:
     np.testing.assert_array_equal(dest.array, expected)
 
 
-@given(sizes, colored, st.sampled_from([Format.PWRW, Format.A8]), fields, seeds)
+@given(sizes, colored, st.sampled_from([Format.PWRW, Format.A8]), fields, starts)
 def test_compose_under_a_map(size, format, mask_format, field, seed):
     random = np.random.default_rng(seed)
     dest, src1, src2 = (filled(*size, format, random) for _ in range(3))
@@ -30,7 +30,7 @@ def test_compose_under_a_map(size, format, mask_format, field, seed):
     expect_lines(dest, before, mix(src1.array, src2.array, mask.array, format), field)
 
 
-@given(sizes, colored, st.sampled_from([Format.PWRW, Format.A8]), seeds)
+@given(sizes, colored, st.sampled_from([Format.PWRW, Format.A8]), starts)
 def test_compose_in_place(size, format, mask_format, seed):
     random = np.random.default_rng(seed)
     src1, src2, mask = (filled(*size, one, random) for one in (format, format, mask_format))
@@ -40,7 +40,7 @@ def test_compose_in_place(size, format, mask_format, seed):
     np.testing.assert_array_equal(src1.array, dest.array)
 
 
-@given(sizes, colored, seeds)
+@given(sizes, colored, starts)
 def test_weights_beyond_full_extrapolate(size, format, seed):
     random = np.random.default_rng(seed)
     dest, src1, src2 = (filled(*size, format, random) for _ in range(3))
@@ -49,7 +49,7 @@ def test_weights_beyond_full_extrapolate(size, format, seed):
     np.testing.assert_array_equal(dest.array, models.mix_weights(src1.array, src2.array, mask.array, format))
 
 
-@given(sizes, st.sampled_from(Format), fields, st.integers(0, 4096) | st.sampled_from([0, 2048, 4096]), seeds)
+@given(sizes, st.sampled_from(Format), fields, st.integers(0, 4096) | st.sampled_from([0, 2048, 4096]), starts)
 def test_compose_level(size, format, field, level, seed):
     random = np.random.default_rng(seed)
     dest, src1, src2 = (filled(*size, format, random) for _ in range(3))
@@ -59,7 +59,7 @@ def test_compose_level(size, format, field, level, seed):
     expect_lines(dest, before, drawn.view(before.dtype), field)
 
 
-@given(sizes, colored, fields, st.integers(0, 0xFFFFFF), seeds)
+@given(sizes, colored, fields, st.integers(0, 0xFFFFFF), starts)
 def test_compose_color(size, format, field, color, seed):
     random = np.random.default_rng(seed)
     dest, source = (filled(*size, format, random) for _ in range(2))
@@ -69,7 +69,7 @@ def test_compose_color(size, format, field, color, seed):
     expect_lines(dest, before, models.mix_color(before, source.array, mask.array, color, format), field)
 
 
-@given(sizes, colored, fields, st.integers(0, 0xFFFFFF), seeds)
+@given(sizes, colored, fields, st.integers(0, 0xFFFFFF), starts)
 def test_compose_color_band(size, format, field, color, seed):
     random = np.random.default_rng(seed)
     dest, src1, src2 = (filled(*size, format, random) for _ in range(3))
@@ -80,7 +80,7 @@ def test_compose_color_band(size, format, field, color, seed):
     expect_lines(dest, before, drawn, field)
 
 
-@given(sizes, st.sampled_from(Format), st.sampled_from([Field.EVEN, Field.ODD]), st.booleans(), seeds)
+@given(sizes, st.sampled_from(Format), st.sampled_from([Field.EVEN, Field.ODD]), st.booleans(), starts)
 def test_interpolate_field(size, format, field, in_place, seed):
     random = np.random.default_rng(seed)
     source = filled(*size, format, random)
@@ -93,7 +93,7 @@ def test_interpolate_field(size, format, field, in_place, seed):
     np.testing.assert_array_equal(dest.array, expected)
 
 
-@given(sizes, st.sampled_from(Format), fields, seeds)
+@given(sizes, st.sampled_from(Format), fields, starts)
 def test_clear_and_copy(size, format, field, seed):
     random = np.random.default_rng(seed)
     bitmap, source = (filled(*size, format, random) for _ in range(2))
@@ -106,7 +106,7 @@ def test_clear_and_copy(size, format, field, seed):
     expect_lines(bitmap, before, np.zeros_like(before), field)
 
 
-@given(sizes, sizes, st.sampled_from(Format), st.data(), seeds)
+@given(sizes, sizes, st.sampled_from(Format), st.data(), starts)
 def test_blit(dest_size, source_size, format, data, seed):
     random = np.random.default_rng(seed)
     dest, source = filled(*dest_size, format, random), filled(*source_size, format, random)
@@ -144,7 +144,7 @@ def test_blit_of_a_field(field, expected):
     st.floats(0, 30, width=32),
     st.sampled_from([1.0, 0.5, 1.25, 2.0]),
     fields,
-    seeds,
+    starts,
 )
 def test_hard_circle(size, cx, cy, radius, aspect, field, seed):
     weights = filled(*size, Format.PWRW, np.random.default_rng(seed))
@@ -170,7 +170,7 @@ def test_soft_circle_falls_from_full_to_none(radius, feather, ramp):
     st.integers(64, 900),
     st.sampled_from(ShapeMode),
     st.sampled_from([Field.FRAME, Field.EVEN, Field.ODD]),
-    seeds,
+    starts,
 )
 def test_alpha_rect(x, y, width, height, mode, field, seed):
     weights = filled(9, 7, Format.PWRW, np.random.default_rng(seed))
@@ -197,7 +197,7 @@ def test_rounded_rect_is_symmetric_and_lacks_its_corners():
     | st.sampled_from([(Format.RGB8, DrawMode.OR), (Format.RGB8, DrawMode.AND)]),
     st.tuples(*(st.integers(-5, 45) for _ in range(4))),
     st.integers(0, 255),
-    seeds,
+    starts,
 )
 def test_draw_rect(how, edges, color, seed):
     format, mode = how
@@ -215,7 +215,7 @@ def test_draw_rect(how, edges, color, seed):
     np.testing.assert_array_equal(bitmap.array, expected)
 
 
-@given(st.tuples(*(st.integers(0, 15) for _ in range(4))), st.integers(0, 255), st.sampled_from(DrawMode), seeds)
+@given(st.tuples(*(st.integers(0, 15) for _ in range(4))), st.integers(0, 255), st.sampled_from(DrawMode), starts)
 def test_draw_line(ends, color, mode, seed):
     x, y, x1, y1 = ends
     bitmap = filled(16, 16, Format.RGB8, np.random.default_rng(seed))
@@ -245,7 +245,7 @@ def test_translate_color(color):
     assert zepbmp.translate_color(color) == blue | green << 8 | red << 16
 
 
-@given(st.sampled_from([Format.YUY2, Format.RGBQ, Format.PWRW]), sizes, st.booleans(), seeds)
+@given(st.sampled_from([Format.YUY2, Format.RGBQ, Format.PWRW]), sizes, st.booleans(), starts)
 def test_map_polygon_onto_itself_is_a_copy(format, size, filter, seed):
     width, height = size[0] + size[0] % 2, size[1]
     source = filled(width, height, format, np.random.default_rng(seed))
@@ -292,7 +292,7 @@ def test_fill_polygon(format, color):
     assert plane.array[1:3, 2:6].min() == 4096 and plane.array.astype(int).sum() == 8 * 4096
 
 
-@given(st.integers(0, 255), st.integers(0, 0xFFFFFFFF), seeds)
+@given(st.integers(0, 255), st.integers(0, 0xFFFFFFFF), starts)
 def test_tint_polygon(strength, color, seed):
     dest = filled(8, 4, Format.RGBQ, np.random.default_rng(seed))
     before = dest.to_array().astype(int)
@@ -305,7 +305,7 @@ def test_tint_polygon(strength, color, seed):
     np.testing.assert_array_equal(dest.array, expected)
 
 
-@given(st.integers(1, 12), st.integers(1, 6), st.sampled_from([1, 2, 4]), st.sampled_from([1, 2]), seeds)
+@given(st.integers(1, 12), st.integers(1, 6), st.sampled_from([1, 2, 4]), st.sampled_from([1, 2]), starts)
 def test_map_rect_averages_boxes(width, height, across, down, seed):
     random = np.random.default_rng(seed)
     for format in (Format.RGB8, Format.RGBQ):
