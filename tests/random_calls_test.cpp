@@ -70,6 +70,15 @@ protected:
         EXPECT_EQ(result, 0);
     }
 
+    /// The call has to leave the processor as it was.
+    template <class Function, class... Arguments>
+    static void expect_clean(Function* function, Arguments... arguments) {
+        const CallCheck check;
+        function(arguments...);
+        const char* const complaint = check.complaint();
+        EXPECT_STREQ(complaint, "");
+    }
+
     Twins twins_[5];
 };
 
@@ -358,10 +367,7 @@ TEST_P(RandomCalls, DrawRect) {
         const int left = end(width), top = end(height), right = end(width), bottom = end(height);
         const auto color = static_cast<uint32_t>(random.next());
         const uint32_t mode = random.pick({0u, 0u, 0u, 16u, 16u, 32u, 32u, 48u, 1u, 0x10000u});
-        const CallCheck check;
-        library().draw_rect(twins_[0].got.bitmap(), left, top, right, bottom, color, mode);
-        const char* const complaint = check.complaint();
-        EXPECT_STREQ(complaint, "");
+        expect_clean(library().draw_rect, twins_[0].got.bitmap(), left, top, right, bottom, color, mode);
         model::bmp_draw_rect(twins_[0].want.bitmap(), left, top, right, bottom, color, mode);
         return "draw_rect" + number("format", format) + number("width", width) + number("height", height) +
                number("left", left) + number("top", top) + number("right", right) + number("bottom", bottom) +
@@ -380,10 +386,7 @@ TEST_P(RandomCalls, DrawLine) {
                   y1 = random.chance(20) ? y0 : random.between(0, height - 1);
         const auto color = static_cast<uint32_t>(random.next());
         const uint32_t mode = random.below(8) << 4 | (random.chance(20) ? 0xffffff8fu : 0);
-        const CallCheck check;
-        library().draw_line(twins_[0].got.bitmap(), x0, y0, x1, y1, color, mode);
-        const char* const complaint = check.complaint();
-        EXPECT_STREQ(complaint, "");
+        expect_clean(library().draw_line, twins_[0].got.bitmap(), x0, y0, x1, y1, color, mode);
         model::bmp_draw_line(twins_[0].want.bitmap(), x0, y0, x1, y1, color, mode);
         return "draw_line" + number("format", format) + number("width", width) + number("height", height) +
                number("x0", x0) + number("y0", y0) + number("x1", x1) + number("y1", y1) + number("mode", mode);
