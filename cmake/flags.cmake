@@ -28,7 +28,9 @@ add_link_options(${zepbmp_instrumentation})
 
 function(zepbmp_project_flags target)
     target_compile_options(${target} PRIVATE
-        -Wall -Wextra -Wpedantic $<$<BOOL:${ZEPBMP_WERROR}>:-Werror> -ffp-contract=off)
+        -Wall -Wextra -Wpedantic $<$<BOOL:${ZEPBMP_WERROR}>:-Werror> -ffp-contract=off
+        # GCC 12 misjudges std::string's operator+.
+        $<$<AND:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 endfunction()
 
 function(zepbmp_library_flags target)
