@@ -16,9 +16,7 @@ install(TARGETS zepbmp zepbmp_static EXPORT zepbmp
     ARCHIVE COMPONENT development)
 if(WIN32)
     install(FILES ${ZEPBMP_MSVC_IMPORT_LIBRARY} DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
-    if(ZEPBMP_32BIT)
-        include(windows_zip)
-    endif()
+    include(windows_zip)
 endif()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zepbmp)

@@ -1,5 +1,19 @@
-# The zip for 32-bit Windows: what `cmake --install <build folder> --component zip --prefix <folder>` lays out there as
+# The zip for 32-bit or 64-bit Windows: what `cmake --install <build folder> --component zip --prefix <folder>` lays out there as
 # one folder. scripts/package builds and packs it, the test check.zip unpacks and uses it.
+if(ZEPBMP_32BIT)
+    set(ZEPBMP_WINDOWS_BITS 32)
+    set(zepbmp_windows_processor "no more than a Pentium Pro has")
+    set(zepbmp_gnu_prefix i686-w64-mingw32)
+    set(zepbmp_dlltool_options "--no-leading-underscore ")  # the list has whole symbols
+    set(zepbmp_msvc_prompt x86)
+else()
+    set(ZEPBMP_WINDOWS_BITS 64)
+    set(zepbmp_windows_processor "no more than every x86-64 processor has")
+    set(zepbmp_gnu_prefix x86_64-w64-mingw32)
+    set(zepbmp_dlltool_options)
+    set(zepbmp_msvc_prompt x64)
+endif()
+set(ZEPBMP_ZIP_NAME zepbmp-${PROJECT_VERSION}-win${ZEPBMP_WINDOWS_BITS})
 
 # The sample host is a target of a folder that CMake reads later.
 cmake_language(DEFER CALL zepbmp_zip_rules)
@@ -9,7 +23,7 @@ macro(zepbmp_zip_install folder)
 endmacro()
 
 function(zepbmp_zip_rules)
-    set(zip_folder zepbmp-${PROJECT_VERSION}-win32)
+    set(zip_folder ${ZEPBMP_ZIP_NAME})
     configure_file(cmake/windows_zip/README.md.in windows_zip/README.md @ONLY)
     zepbmp_zip_install(. ${PROJECT_BINARY_DIR}/windows_zip/README.md LICENSE ${ZEPBMP_IMPORT_DEF})
     zepbmp_zip_install(include include/zepbmp.h)

@@ -1,7 +1,7 @@
 # Makes the zip for Windows from a build, unpacks it elsewhere, and uses nothing but what was in it: with both import
 # libraries, with one made from zepbmp.def, with the commands that its README tells. Any failure ends it.
-#   cmake -D BUILD=... -D SOURCE=... -D WORK=... -D NAME=... -D C_COMPILER=... -D DLLTOOL=... -D LLD_LINK=...
-#         -D PYTHON=... -D EMULATOR=... -P test_zip.cmake
+#   cmake -D BUILD=... -D SOURCE=... -D WORK=... -D NAME=... -D BITS=32|64 -D C_COMPILER=... -D DLLTOOL=...
+#         -D LLD_LINK=... -D PYTHON=... -D EMULATOR=... -P test_zip.cmake
 include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 
 file(REMOVE_RECURSE ${WORK})
@@ -46,7 +46,7 @@ endforeach()
 
 # What the README tells to do with GNU's tools.
 file(REMOVE ${root}/bin/show_win32.exe)
-file(STRINGS ${root}/README.md commands REGEX "^    i686-w64-mingw32-")
+file(STRINGS ${root}/README.md commands REGEX "^    [a-z0-9_]+-w64-mingw32-")
 list(LENGTH commands count)
 if(NOT count EQUAL 2)
     message(FATAL_ERROR "expected a line for gcc and one for dlltool in README.md, found: ${commands}")
@@ -73,11 +73,16 @@ foreach(file IN ITEMS crt2.o libmingw32.a libmingwex.a libmsvcrt.a libgcc.a libk
     run(COMMAND ${C_COMPILER} -print-file-name=${file} OUTPUT path)
     list(APPEND runtime ${path})
 endforeach()
+if(BITS EQUAL 32)
+    set(machine /machine:x86 /safeseh:no /alternatename:__image_base__=___ImageBase)
+else()
+    set(machine /machine:x64 /alternatename:__image_base__=__ImageBase)
+endif()
 foreach(source IN ITEMS ${host}/host.c examples/show_win32.c)
     get_filename_component(name ${source} NAME_WE)
     run(FOLDER ${root} COMMAND ${C_COMPILER} -Iinclude -c ${source} -o bin/${name}.obj)
-    run(FOLDER ${root} COMMAND ${LLD_LINK} /nologo /machine:x86 /subsystem:console /safeseh:no /nodefaultlib /lldmingw
-        /debug:none /alternatename:__image_base__=___ImageBase /entry:mainCRTStartup bin/${name}.obj lib/zepbmp.lib
+    run(FOLDER ${root} COMMAND ${LLD_LINK} /nologo ${machine} /subsystem:console /nodefaultlib /lldmingw
+        /debug:none /entry:mainCRTStartup bin/${name}.obj lib/zepbmp.lib
         ${runtime} /out:bin/lld_${name}.exe)
 endforeach()
 run(FOLDER ${root}/bin COMMAND ${EMULATOR} lld_host.exe)

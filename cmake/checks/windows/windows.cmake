@@ -23,6 +23,12 @@ target_include_directories(loading_host PRIVATE ${PROJECT_SOURCE_DIR}/include)
 add_dependencies(loading_host zepbmp)
 add_test(NAME check.dll_loading COMMAND loading_host WORKING_DIRECTORY ${PROJECT_BINARY_DIR})
 
+# The zip.
+add_test(NAME check.zip COMMAND ${CMAKE_COMMAND} -D BUILD=${PROJECT_BINARY_DIR} -D SOURCE=${PROJECT_SOURCE_DIR}
+    -D WORK=${PROJECT_BINARY_DIR}/zip_test -D NAME=${ZEPBMP_ZIP_NAME} -D BITS=${bits} -D C_COMPILER=${CMAKE_C_COMPILER}
+    -D DLLTOOL=${CMAKE_DLLTOOL} -D LLD_LINK=${ZEPBMP_LLD_LINK} -D PYTHON=${Python3_EXECUTABLE}
+    -D EMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR} -P ${PROJECT_SOURCE_DIR}/cmake/consumer/test_zip.cmake)
+
 if(NOT ZEPBMP_32BIT)
     return()
 endif()
@@ -50,9 +56,3 @@ endforeach()
 add_test(NAME check.dll_processors COMMAND ${here}/check_processors ${ZEPBMP_QEMU} ${PROJECT_SOURCE_DIR}/scripts/lib
     $<TARGET_FILE:zepbmp> ${processors})
 set_tests_properties(check.dll_processors PROPERTIES TIMEOUT 300)
-
-# The zip.
-add_test(NAME check.zip COMMAND ${CMAKE_COMMAND} -D BUILD=${PROJECT_BINARY_DIR} -D SOURCE=${PROJECT_SOURCE_DIR}
-    -D WORK=${PROJECT_BINARY_DIR}/zip_test -D NAME=zepbmp-${PROJECT_VERSION}-win32 -D C_COMPILER=${CMAKE_C_COMPILER}
-    -D DLLTOOL=${CMAKE_DLLTOOL} -D LLD_LINK=${ZEPBMP_LLD_LINK} -D PYTHON=${Python3_EXECUTABLE}
-    -D EMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR} -P ${PROJECT_SOURCE_DIR}/cmake/consumer/test_zip.cmake)
