@@ -2,8 +2,8 @@
 /// zepbmp for C++20: bitmaps that free themselves, types that cannot be mixed up, arguments that are checked.
 ///
 /// Every operation is a function of the C library with its `bmp_` taken off; what it draws stands in zepbmp.h. Before
-/// the C function is called, each duty that zepbmp.h names under "caller" is checked, and so is what the C function
-/// would silently draw nothing for: formats that do not belong together, what is not a number. A broken rule throws an
+/// the C function is called, each duty of a caller that zepbmp.h names is checked, and so is what the C function would
+/// silently draw nothing for: formats that do not belong together, what is not a number. A broken rule throws an
 /// ArgumentError, and nothing has been touched then. std::bad_alloc is thrown where memory is short.
 ///
 /// Three duties are left to the caller: one bitmap is not written by one call while another call uses it; map_rect has
@@ -29,7 +29,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 #include <new>
 #include <span>
@@ -373,11 +372,14 @@ constexpr uint32_t bits(Choice choice) {
     return static_cast<uint32_t>(choice);
 }
 
-/// A whole number of 0..most that is no other kind of number.
+/// A whole number of 0..most that is no other kind of number. It is made of any integer; a fraction does not compile.
 template <class Kind>
 class Number {
 public:
-    explicit constexpr Number(int value) : value_(value) { Check(Kind::kName).within("value", value, 0, Kind::kMost); }
+    explicit constexpr Number(std::integral auto value) : value_(static_cast<int>(value)) {
+        using Wide = decltype(+value);  // holds `most`
+        Check(Kind::kName).within("value", Wide{value}, Wide{0}, Wide{Kind::kMost});
+    }
     constexpr int value() const { return value_; }
     friend constexpr auto operator<=>(Number, Number) = default;
 
@@ -546,8 +548,9 @@ class Bitmap {
 public:
     /// A line's bytes stay below 2^31 - 15; in a 32-bit program, all lines' with their padding below 2^32 - 64.
     Bitmap(int width, int height, Format format, Scan scan = Scan::progressive, Contents contents = Contents::zero) {
-        check_size(width, height, format);
         const detail::Check check("Bitmap");
+        check.within("format", detail::bits(format), uint32_t{0}, detail::kFormats - 1);
+        check_size(check, width, height, format);
         check.one_of("scan", scan, Scan::progressive, Scan::interlaced, Scan::interlaced_2);
         check.one_of("contents", contents, Contents::as_allocated, Contents::zero);
         record_.reset(
@@ -561,6 +564,7 @@ public:
         const detail::Check check("Bitmap::adopt");
         check.exists("record", record);
         check.has_format("record", record, (detail::FormatSet{1} << detail::kFormats) - 1);
+        check_size(check, record->width, record->height, static_cast<Format>(record->format));
         return Bitmap(record);
     }
     /// Gives up ownership: the caller calls bmp_destroy.
@@ -608,15 +612,12 @@ private:
 
     explicit Bitmap(::Bitmap* record) noexcept : record_(record) {}
 
-    static void check_size(int width, int height, Format format) {
+    static void check_size(const detail::Check& check, int width, int height, Format format) {
         if constexpr (kChecks) {
-            const detail::Check check("Bitmap");
-            check.within("format", detail::bits(format), uint32_t{0}, detail::kFormats - 1);
-            constexpr int kMost = std::numeric_limits<int32_t>::max();
             constexpr int64_t kPadding = 15;
             const int64_t bytes = detail::bytes_per_pixel(format);
-            check.within("width", width, 0, static_cast<int>((kMost - kPadding) / bytes));
-            int64_t lines = kMost;
+            check.within("width", width, 0, static_cast<int>((INT32_MAX - kPadding) / bytes));
+            int64_t lines = INT32_MAX;
             if constexpr (sizeof(void*) == 4) {
                 const int64_t pitch = (bytes * width + kPadding) & ~kPadding, most = (int64_t{1} << 32) - 64 - 1;
                 if (pitch > 0 && most / pitch < lines)
@@ -682,7 +683,7 @@ inline void blt(Bitmap& destination, Point dest, Size size, const Bitmap& source
     check.holds("source", source.record());
     check.same_pixel_bytes("source", source.record(), destination.record());
     check.valid(field);
-    constexpr int64_t kLeast = std::numeric_limits<int32_t>::min(), kMost = std::numeric_limits<int32_t>::max();
+    constexpr int64_t kLeast = INT32_MIN, kMost = INT32_MAX;
     check.within("dest_x + width", int64_t{dest.x} + size.width, kLeast, kMost);
     check.within("dest_y + height", int64_t{dest.y} + size.height, kLeast, kMost);
     check.within("src_x + width", int64_t{src.x} + size.width, kLeast, kMost);
@@ -691,13 +692,13 @@ inline void blt(Bitmap& destination, Point dest, Size size, const Bitmap& source
             detail::bits(field));
 }
 
-/// Rebuilds a frame from one of its fields; in place, or from a bitmap of the same size, with as many bytes a pixel.
+/// Rebuilds a frame from one of its fields; in place, or from a bitmap at least as large, with as many bytes a pixel.
 inline void interporate(Bitmap& destination, const Bitmap& source, Parity field) {
     const detail::Check check("interporate");
     check.holds("destination", destination.record());
     check.holds("source", source.record());
     check.same_pixel_bytes("source", source.record(), destination.record());
-    check.same_size("source", source.record(), "destination", destination.record());
+    check.covers("source", source.record(), "destination", destination.record());
     check.one_of("field", field, Parity::even, Parity::odd);
     bmp_interporate(destination.record(), source.record(), detail::bits(field));
 }
@@ -763,11 +764,10 @@ inline int display(void* device_context, Point dest, Size size, Bitmap& bitmap, 
     check.exists("device_context", device_context);
 #endif
     check.holds("bitmap", bitmap.record());
-    constexpr int kMost = std::numeric_limits<int32_t>::max();
-    check.within("width", size.width, 0, kMost);
-    check.within("height", size.height, 0, kMost);
+    check.within("width", size.width, 0, INT32_MAX);
+    check.within("height", size.height, 0, INT32_MAX);
     check.within("src_x", src_x, 0, bitmap.record()->width, "the bitmap");
-    check.within("start_line", start_line, 0, kMost);
+    check.within("start_line", start_line, 0, INT32_MAX);
     const int lines =
         bmp_display(device_context, dest.x, dest.y, size.width, size.height, bitmap.record(), src_x, start_line);
     if (!bitmap.record()->dib_info) [[unlikely]]
@@ -919,7 +919,7 @@ namespace detail {
 
 inline void check_vertices(const Check& check, std::span<const Vertex> vertices, bool sub_lines) {
     if constexpr (kChecks) {
-        check.within("count", vertices.size(), size_t{0}, size_t{std::numeric_limits<int32_t>::max()});
+        check.within("count", vertices.size(), size_t{0}, size_t{INT32_MAX});
         const double most_y = sub_lines ? kAntialiasedLineLimit : kPositionLimit;
         for (const Vertex& vertex : vertices) {
             check.within("x", vertex.x, -kPositionLimit, kPositionLimit);

@@ -21,8 +21,14 @@ DESCRIBE = ["--exported-interfaces-only", "--type-id-style", "hash", "--no-show-
             "--no-comp-dir-path", "--no-corpus-path", "--no-elf-needed"]
 COMPARE = ["--harmless", "--no-show-locs"]
 
-# Every change: what it is, then file, pattern, replacement.
 HEADER, EXPORTS = "include/zepbmp.h", "core/bitmap.cpp"
+
+
+def in_both(pattern, replacement):
+    return [(HEADER, pattern, replacement), (EXPORTS, pattern, replacement)]
+
+
+# Every change: what it is, then file, pattern, replacement.
 CHANGES = [
     ("a field at the end of Bitmap",
      [(HEADER, r"(uint32_t format;[^\n]*\n)(?=\} Bitmap;)", r"\1 uint32_t added;\n")]),
@@ -31,20 +37,15 @@ CHANGES = [
     ("a field of Bitmap without its sign",
      [(HEADER, r"int32_t pitch;", "uint32_t pitch;")]),
     ("a wider argument",
-     [(HEADER, r"(bmp_pointer\(const Bitmap\* bitmap), int32_t x", r"\1, int64_t x"),
-      (EXPORTS, r"(bmp_pointer\(const Bitmap\* bitmap), int32_t x", r"\1, int64_t x")]),
+     in_both(r"(bmp_pointer\(const Bitmap\* bitmap), int32_t x", r"\1, int64_t x")),
     ("an argument without its sign",
-     [(HEADER, r"(bmp_create\(int32_t width), int32_t height", r"\1, uint32_t height"),
-      (EXPORTS, r"(bmp_create\(int32_t width), int32_t height", r"\1, uint32_t height")]),
+     in_both(r"(bmp_create\(int32_t width), int32_t height", r"\1, uint32_t height")),
     ("an argument that is not const",
-     [(HEADER, r"bmp_pointer\(const Bitmap\*", "bmp_pointer(Bitmap*"),
-      (EXPORTS, r"bmp_pointer\(const Bitmap\*", "bmp_pointer(Bitmap*")]),
+     in_both(r"bmp_pointer\(const Bitmap\*", "bmp_pointer(Bitmap*")),
     ("one argument more",
-     [(HEADER, r"bmp_destroy\(Bitmap\* bitmap", r"\g<0>, int added"),
-      (EXPORTS, r"bmp_destroy\(Bitmap\* bitmap", r"\g<0>, int")]),
+     in_both(r"bmp_destroy\(Bitmap\* bitmap", r"\g<0>, int added")),
     ("another result",
-     [(HEADER, r"Bitmap\* (BMP_CALL bmp_create)", r"void* \1"),
-      (EXPORTS, r"Bitmap\* (BMP_CALL bmp_create)", r"void* \1")]),
+     in_both(r"Bitmap\* (BMP_CALL bmp_create)", r"void* \1")),
     ("one export more",
      [(EXPORTS, r"\Z", "\nBMP_EXPORT void BMP_CALL bmp_added() {}\n")]),
     ("one export less",
@@ -109,10 +110,10 @@ def self_test(tools, source, compiler):
 
         description = folder / "description.abi"
         describe(tools, description, build("base", []))
-        cases = [("the same source", [], False)] + [(what, edits, True) for what, edits in CHANGES]
-        for number, (what, edits, differs) in enumerate(cases):
+        cases = [("the same source", []), *CHANGES]
+        for number, (what, edits) in enumerate(cases):
             found, _ = compare(tools, description, build(f"case{number}", edits))
-            right = bool(found) == differs
+            right = bool(found) == bool(edits)
             failures += not right
             print(f"{'ok' if right else 'WRONG'}: {what}: {'found' if found else 'no difference'}")
     print(f"{len(cases)} cases, {failures} wrong")

@@ -11,6 +11,8 @@ import sys
 
 import pefile
 
+import reporting
+
 # All that the library asks of the system. None of them starts a thread or loads a library.
 IMPORTS = {
     "gdi32.dll": {"SetDIBitsToDevice"},
@@ -207,8 +209,7 @@ def self_test(path, bits, version, names):
             print(f"not found: '{expected}'; found instead: {found}")
     wrong += not findings(pefile.PE(path), bits, (*version[:2], version[2] + 1), names)
     wrong += not findings(pefile.PE(path), 96 - bits, version, names)
-    print(f"{len(cases) + 2} cases, {wrong} wrong")
-    return wrong
+    reporting.end_self_test(len(cases) + 2, wrong)
 
 
 def main():
@@ -221,12 +222,10 @@ def main():
     arguments = parser.parse_args()
     version, names = header_version(arguments.header), defined_names(arguments.definition, arguments.bits)
     if arguments.self_test:
-        sys.exit(1 if self_test(arguments.dll, arguments.bits, version, names) else 0)
+        self_test(arguments.dll, arguments.bits, version, names)
     found = findings(pefile.PE(arguments.dll), arguments.bits, version, names)
-    for text in found:
-        print(f"{arguments.dll}: {text}")
-    print(f"{len(names)} exports, version {'.'.join(map(str, version))}, {len(found)} findings")
-    sys.exit(1 if found else 0)
+    reporting.end([f"{arguments.dll}: {text}" for text in found],
+                  f"{len(names)} exports, version {'.'.join(map(str, version))}")
 
 
 if __name__ == "__main__":

@@ -4,8 +4,8 @@
 A processor faults at the first instruction that it lacks, so the base objects keep to the baseline of their target
 (32 bits: i686 without MMX and SSE; 64 bits: SSE2), and a file named after an instruction set keeps to that set. An
 inline function that a per-set file shared with baseline code would be kept once by the linker, maybe in its wide form:
-so a per-set object defines no weak symbol and no COMDAT section. No object has a dynamic initialiser: it could run after the constructor that
-fills the tables.
+so a per-set object defines no weak symbol and no COMDAT section. No object has a dynamic initialiser: it could run
+after the constructor that fills the tables.
 
 64-bit Windows aligns the stack to 16 bytes, and GCC cannot align it further there: with --unaligned-stack no move of a
 wider register takes memory for aligned.
@@ -21,9 +21,11 @@ usage: check_objects.py --bits 32|64 [--unaligned-stack] --objdump PROGRAM --nm 
 import argparse
 import os
 import re
-import subprocess
 import sys
 import tempfile
+
+import reporting
+from reporting import run
 
 # The one list of exceptions: source file's stem -> (instructions allowed there, why).
 EXCEPTIONS = {
@@ -106,13 +108,6 @@ def level_of(code, text, bits):
     return name, BASE
 
 
-def run(*command):
-    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
-    if done.returncode != 0:
-        sys.exit(f"error: {' '.join(command)} failed: {done.stderr.strip()}")
-    return done.stdout
-
-
 def is_per_set(stem):
     return stem.rsplit("_", 1)[-1] in LEVEL_OF_FILE
 
@@ -174,12 +169,9 @@ def check_list(arguments):
                                            arguments.nm)
         findings += lines
         count += instructions
-    for line in findings:
-        print(line)
-    print(f"{len(objects)} objects, {count} instructions, {len(findings)} findings")
     if count == 0:
         sys.exit("error: the objects hold no code")
-    sys.exit(1 if findings else 0)
+    reporting.end(findings, f"{len(objects)} objects, {count} instructions")
 
 
 PIECE = re.compile(r"^ \.text\S*\s+0x([0-9a-f]+)\s+0x([0-9a-f]+) (\S.*)$", re.MULTILINE)
@@ -243,8 +235,10 @@ def self_test_linked(dll, pieces, bits, objdump):
         if not check_linked(dll, renamed, bits, False, objdump)[0]:
             wrong += 1
             print(f"not found: {suffix} instructions in baseline code")
-    print(f"{len(suffixes) + 1} cases, {wrong} wrong")
-    sys.exit(1 if wrong or len(suffixes) < len(above) else 0)
+    for suffix in sorted(above - set(suffixes)):
+        wrong += 1
+        print(f"the DLL has no code of {suffix}")
+    reporting.end_self_test(len(above) + 1, wrong)
 
 
 def report_linked(arguments):
@@ -253,13 +247,10 @@ def report_linked(arguments):
     if arguments.self_test:
         self_test_linked(dll, pieces, arguments.bits, arguments.objdump)
     findings, counts = check_linked(dll, pieces, arguments.bits, arguments.unaligned_stack, arguments.objdump)
-    for line in findings:
-        print(line)
-    print("instructions: {ours} baseline, {per set} per set, {other} of other libraries; ".format(**counts) +
-          f"{len(findings)} findings")
     if not counts["ours"] or not counts["per set"]:
         sys.exit("error: the map does not fit the DLL")
-    sys.exit(1 if findings else 0)
+    reporting.end(findings,
+                  "instructions: {ours} baseline, {per set} per set, {other} of other libraries".format(**counts))
 
 
 # What the checker has to find, and what it has to let pass: file stem, bits, assembly, whether that is a finding.
@@ -353,8 +344,7 @@ def self_test(arguments):
             if bool(findings) != bad:
                 wrong += 1
                 print(f"{stem}, {bits} bits, '{text}': {'not found' if bad else findings}")
-    print(f"{len(cases)} cases, {wrong} wrong")
-    sys.exit(1 if wrong else 0)
+    reporting.end_self_test(len(cases), wrong)
 
 
 def main():

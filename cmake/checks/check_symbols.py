@@ -16,21 +16,16 @@ With --bits 64 the last two have bare names.
 """
 import argparse
 import re
-import subprocess
 import sys
+
+import reporting
+from reporting import run
 
 SYMBOL_VERSION = "ZEPBMP_1"
 SYSTEM_DLLS = {"kernel32.dll", "msvcrt.dll", "user32.dll", "gdi32.dll"}
 SYSTEM_LIBRARIES = re.compile(r"^(libc|libm|libgcc_s|libstdc\+\+|ld-linux(-x86-64)?)\.so\.\d+$")
 # Position-independent 32-bit code fetches its own address by such a thunk: one plain move, the same in every file.
 COMPILERS_OWN = re.compile(r"^(__x86\.get_pc_thunk\.\w+|DW\.ref\.__gxx_personality_v0)$")
-
-
-def run(*command):
-    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
-    if done.returncode != 0:
-        sys.exit(f"error: {' '.join(command)} failed: {done.stderr.strip()}")
-    return done.stdout
 
 
 def read_header(path):
@@ -147,10 +142,7 @@ def main():
 
     functions = read_header(arguments.header)
     findings = checks[arguments.kind](arguments, functions)
-    for line in findings:
-        print(f"{arguments.file}: {line}")
-    print(f"{len(functions)} functions, {len(findings)} findings")
-    sys.exit(1 if findings else 0)
+    reporting.end([f"{arguments.file}: {line}" for line in findings], f"{len(functions)} functions")
 
 
 if __name__ == "__main__":

@@ -152,7 +152,7 @@ def map_polygon(dst: int, dst2: int, aux: int, tex_a: int, tex_b: int, vertices:
         duty(tex_b is None, "tex_b is not read")
         planes.append(tex_a)
     duty(len(set(planes)) == len(planes), "two bitmaps are the same")
-    duty(3 <= count < 2**31, "too few or too many corners")
+    duty(0 <= count < 2**31, "too many corners")
     corners = np.ctypeslib.as_array((ctypes.c_float * 5 * count).from_address(vertices))
     duty(bool(np.isfinite(corners).all() and (corners[:, 2] > 0).all()), "a corner is no corner")
 

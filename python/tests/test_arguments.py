@@ -1,6 +1,7 @@
 """Every argument is checked before a call, and the message says what is wrong."""
 
 import re
+from fractions import Fraction
 
 import duties
 import numpy as np
@@ -14,6 +15,7 @@ YUY2, RGBQ, PWRW, QUAD3, RGB8, A8 = (
 )
 RGBQ2, SMALL, LARGE = Bitmap(6, 4, Format.RGBQ), Bitmap(5, 4, Format.RGBQ), Bitmap(9, 9, Format.RGBQ)
 RGB8_2, SMALL_PWRW, LARGE_PWRW = Bitmap(6, 4, Format.RGB8), Bitmap(6, 3, Format.PWRW), Bitmap(7, 4, Format.PWRW)
+SMALL_QUAD4 = Bitmap(6, 3, Format.QUAD4)
 CORNERS = [(0, 0, 1, 0, 0), (4, 0, 1, 4, 0), (4, 4, 1, 4, 4)]
 INF, NAN = float("inf"), float("nan")
 
@@ -29,7 +31,7 @@ BAD_CALLS = [
     (TypeError, "zero", "True or False", lambda: Bitmap(1, 2, Format.A8, zero=1)),
     (ValueError, "x", "0..5", lambda: A8.pointer(6, 0)),
     (ValueError, "y", "0..3", lambda: A8.pointer(0, -1)),
-    (ValueError, "bitmap", "4 bytes a pixel", lambda: A8.depth),
+    (ValueError, "bitmap", "QUAD3 or QUAD4 or QUAD5", lambda: RGBQ.depth),
     (TypeError, "array", "uint8", lambda: A8.copy_from(np.zeros((4, 6), np.int8))),
     (ValueError, "array", "(4, 6)", lambda: A8.copy_from(np.zeros((4, 5), np.uint8))),
     (TypeError, "array", "NumPy array", lambda: A8.copy_to(bytearray(24))),
@@ -43,16 +45,20 @@ BAD_CALLS = [
     (ValueError, "source", "as wide and high", lambda: zepbmp.copy(SMALL, RGBQ)),
     (ValueError, "field", "FRAME or EVEN or ODD", lambda: zepbmp.copy(A8, A8, Field.SKIP_FIRST)),
     (ValueError, "source", "bytes a pixel", lambda: zepbmp.blit(A8, 0, 0, 1, 1, RGBQ)),
-    (ValueError, "dest_x", "-2147483648..2147483647", lambda: zepbmp.blit(A8, 2**31, 0, 1, 1, A8)),
+    (ValueError, "dest_x", "-2147483648..2147483646", lambda: zepbmp.blit(A8, 2**31 - 1, 0, 1, 1, A8)),
+    (ValueError, "dest_y", "-2147483648..0", lambda: zepbmp.blit(A8, 0, 1, 1, 2**31 - 1, A8)),
+    (ValueError, "src_x", "-2147483643..2147483647", lambda: zepbmp.blit(A8, 0, 0, -5, 1, A8, -(2**31))),
+    (ValueError, "src_y", "-2147483648..2147483642", lambda: zepbmp.blit(A8, 0, 0, 1, 5, A8, 0, 2**31 - 5)),
+    (ValueError, "width", "-2147483648..2147483647", lambda: zepbmp.blit(A8, 0, 0, 2**31, 1, A8)),
     (TypeError, "src_y", "an integer", lambda: zepbmp.blit(A8, 0, 0, 1, 1, A8, 0, 0.0)),
-    (ValueError, "source", "pitch and the height", lambda: zepbmp.interpolate_field(RGBQ, A8, Field.ODD)),
-    (ValueError, "source", "pitch and the height", lambda: zepbmp.interpolate_field(LARGE, RGBQ, Field.ODD)),
+    (ValueError, "source", "bytes a pixel", lambda: zepbmp.interpolate_field(A8, RGBQ, Field.ODD)),
+    (ValueError, "source", "at least as wide and high", lambda: zepbmp.interpolate_field(LARGE, RGBQ, Field.ODD)),
     (ValueError, "field", "EVEN or ODD", lambda: zepbmp.interpolate_field(A8, A8, Field.FRAME)),
     (ValueError, "bitmap", "RGBQ or PWRW or RGB8", lambda: zepbmp.draw_rect(YUY2, 0, 0, 1, 1, 0)),
     (ValueError, "mode", "OR or AND", lambda: zepbmp.draw_rect(RGB8, 0, 0, 1, 1, 0)),
     (ValueError, "mode", "SET", lambda: zepbmp.draw_rect(RGBQ, 0, 0, 1, 1, 0, DrawMode.OR)),
     (ValueError, "color", "0..255", lambda: zepbmp.draw_rect(RGB8, 0, 0, 1, 1, 256, DrawMode.OR)),
-    (ValueError, "color", "0..65535", lambda: zepbmp.draw_rect(PWRW, 0, 0, 1, 1, 65536)),
+    (ValueError, "color", "0..4096", lambda: zepbmp.draw_rect(PWRW, 0, 0, 1, 1, 4097)),
     (ValueError, "color", "0..4294967295", lambda: zepbmp.draw_rect(RGBQ, 0, 0, 1, 1, -1)),
     (ValueError, "bitmap", "RGB8", lambda: zepbmp.draw_line(A8, 0, 0, 1, 1, 0)),
     (ValueError, "x1", "0..5", lambda: zepbmp.draw_line(RGB8, 0, 0, 6, 1, 0)),
@@ -62,8 +68,10 @@ BAD_CALLS = [
     (ValueError, "bitmap", "RGB8", lambda: zepbmp.set_palette(RGBQ, 0, 0)),
     (ValueError, "index", "0..255", lambda: zepbmp.set_palette(RGB8, 256, 0)),
     (ValueError, "color", "0..16777215", lambda: zepbmp.set_palette(RGB8, 0, 2**24)),
-    (ValueError, "width", "0..2147483647", lambda: zepbmp.display(0, 0, 0, -1, 1, A8)),
-    (ValueError, "device_context", "0..", lambda: zepbmp.display(-1, 0, 0, 1, 1, A8)),
+    (ValueError, "width", "0..2147483647", lambda: zepbmp.display(1, 0, 0, -1, 1, A8)),
+    (ValueError, "device_context", "1..", lambda: zepbmp.display(0, 0, 0, 1, 1, A8)),
+    (ValueError, "src_x", "0..6", lambda: zepbmp.display(1, 0, 0, 1, 1, A8, 7)),
+    (ValueError, "start_line", "0..", lambda: zepbmp.display(1, 0, 0, 1, 1, A8, 0, -1)),
     (ValueError, "dest", "YUY2 or RGBQ", lambda: zepbmp.compose(A8, A8, A8, PWRW)),
     (ValueError, "src1", "the format of dest", lambda: zepbmp.compose(RGBQ, QUAD3, RGBQ, PWRW)),
     (ValueError, "src2", "at least as wide and high", lambda: zepbmp.compose(RGBQ, RGBQ, SMALL, PWRW)),
@@ -89,25 +97,30 @@ BAD_CALLS = [
     (ValueError, "x", "finite", lambda: zepbmp.alpha_rect(PWRW, NAN, 0, 1, 1)),
     (ValueError, "y", "finite", lambda: zepbmp.alpha_rect(PWRW, 0, 1e39, 1, 1)),
     (ValueError, "y", "finite", lambda: zepbmp.alpha_rect(PWRW, 0, 10**400, 1, 1)),
-    (ValueError, "width", "not be negative", lambda: zepbmp.alpha_rect(PWRW, 0, 0, -1, 1)),
+    (ValueError, "x", "-33554432..33554432", lambda: zepbmp.alpha_rect(PWRW, -4e7, 0, 1, 1)),
+    (ValueError, "width", "0..33554432", lambda: zepbmp.alpha_rect(PWRW, 0, 0, -1, 1)),
+    (ValueError, "height", "0..33554432", lambda: zepbmp.alpha_rect(PWRW, 0, 0, 1, 4e7)),
+    (ValueError, "radius[0]", "0..33554432", lambda: zepbmp.alpha_rect(PWRW, 0, 0, 1, 1, radius=(-1, 1))),
     (TypeError, "height", "a number", lambda: zepbmp.alpha_rect(PWRW, 0, 0, 1, "1")),
     (ValueError, "mode", "MAX", lambda: zepbmp.alpha_rect(PWRW, 0, 0, 1, 1, mode=ShapeMode.ADD, radius=(1, 1))),
     (TypeError, "radius", "a pair", lambda: zepbmp.alpha_rect(PWRW, 0, 0, 1, 1, radius=1)),
     (ValueError, "radius[1]", "finite", lambda: zepbmp.alpha_rect(PWRW, 0, 0, 1, 1, radius=(1, INF))),
     (ValueError, "field", "FRAME or EVEN or ODD", lambda: zepbmp.alpha_rect(PWRW, 0, 0, 1, 1, field=Field.SKIP_FIRST)),
-    (ValueError, "radius", "not be negative", lambda: zepbmp.alpha_circle(PWRW, 0, 0, -1)),
+    (ValueError, "cx", "-1073741824..1073741824", lambda: zepbmp.alpha_circle(PWRW, 2e9, 0, 1)),
+    (ValueError, "cy", "-1073741824..1073741824", lambda: zepbmp.alpha_circle(PWRW, 0, -2e9, 1)),
+    (ValueError, "radius", "-1073741824..1073741824", lambda: zepbmp.alpha_circle(PWRW, 0, 0, 2e9)),
     (ValueError, "feather", "finite", lambda: zepbmp.alpha_circle(PWRW, 0, 0, 1, INF)),
     (ValueError, "aspect", "above 0", lambda: zepbmp.alpha_circle(PWRW, 0, 0, 1, 0, 0)),
     (ValueError, "aspect", "above 0", lambda: zepbmp.alpha_circle(PWRW, 0, 0, 1, 0, 1e-50)),
     (TypeError, "ramp", "zepbmp.Ramp", lambda: zepbmp.alpha_circle(PWRW, 0, 0, 1, ramp="cosine")),
-    (ValueError, "source", "YUY2 or RGBQ or PWRW", lambda: zepbmp.map_polygon(RGBQ, A8, CORNERS)),
-    (ValueError, "dest", "as large as", lambda: zepbmp.map_polygon(YUY2, RGBQ, CORNERS)),
-    (ValueError, "dest", "PWRW", lambda: zepbmp.map_polygon(RGBQ, PWRW, CORNERS)),
+    (ValueError, "dest", "YUY2 or RGBQ or PWRW", lambda: zepbmp.map_polygon(A8, A8, CORNERS)),
+    (ValueError, "source", "the format of dest", lambda: zepbmp.map_polygon(YUY2, RGBQ, CORNERS)),
+    (ValueError, "source", "the format of dest", lambda: zepbmp.map_polygon(RGBQ, PWRW, CORNERS)),
     (ValueError, "source", "another bitmap than dest", lambda: zepbmp.map_polygon(RGBQ, RGBQ, CORNERS)),
-    (ValueError, "depth", "4 bytes", lambda: zepbmp.map_polygon(RGBQ, RGBQ2, CORNERS, depth=PWRW)),
-    (ValueError, "depth", "at least as wide", lambda: zepbmp.map_polygon(RGBQ, RGBQ2, CORNERS, depth=SMALL)),
-    (ValueError, "depth", "another bitmap", lambda: zepbmp.map_polygon(RGBQ, RGBQ2, CORNERS, depth=RGBQ2)),
-    (ValueError, "depth", "None", lambda: zepbmp.map_polygon(PWRW, LARGE_PWRW, CORNERS, depth=RGBQ2)),
+    (ValueError, "depth", "QUAD3 or QUAD4 or QUAD5", lambda: zepbmp.map_polygon(RGBQ, RGBQ2, CORNERS, depth=LARGE)),
+    (ValueError, "depth", "at least as wide", lambda: zepbmp.map_polygon(RGBQ, RGBQ2, CORNERS, depth=SMALL_QUAD4)),
+    (ValueError, "coverage", "another bitmap", lambda: zepbmp.map_polygon(PWRW, LARGE_PWRW, CORNERS, coverage=PWRW)),
+    (ValueError, "dest", "YUY2 or RGBQ", lambda: zepbmp.map_polygon(PWRW, LARGE_PWRW, CORNERS, depth=QUAD3)),
     (ValueError, "coverage", "PWRW or A8", lambda: zepbmp.map_polygon(RGBQ, RGBQ2, CORNERS, coverage=RGB8)),
     (ValueError, "coverage", "at least", lambda: zepbmp.map_polygon(RGBQ, RGBQ2, CORNERS, coverage=SMALL_PWRW)),
     (ValueError, "antialias", "filter", lambda: zepbmp.map_polygon(RGBQ, LARGE, CORNERS, antialias=True, filter=False)),
@@ -125,7 +138,15 @@ BAD_CALLS = [
         "EVEN or ODD",
         lambda: zepbmp.map_polygon(RGBQ, LARGE, CORNERS, source_field=Field.FRAME),
     ),
-    (ValueError, "vertices", "three corners", lambda: zepbmp.map_polygon(RGBQ, LARGE, CORNERS[:2])),
+    (ValueError, "vertices", "every x", lambda: zepbmp.map_polygon(RGBQ, LARGE, [(0, 0, 1, 524289, 0)])),
+    (ValueError, "vertices", "every y", lambda: zepbmp.map_polygon(RGBQ, LARGE, [(0, 0, 1, 0, -524289)])),
+    (
+        ValueError,
+        "vertices",
+        "every y",
+        lambda: zepbmp.map_polygon(RGBQ, LARGE, [(0, 0, 1, 0, 174763)], antialias=True),
+    ),
+    (ValueError, "vertices", "every y", lambda: zepbmp.fill_polygon(RGBQ, 0, [(0, 174763)])),
     (ValueError, "vertices", "five numbers", lambda: zepbmp.map_polygon(RGBQ, LARGE, [(0, 0)] * 3)),
     (ValueError, "vertices", "as long as", lambda: zepbmp.map_polygon(RGBQ, LARGE, [(0, 0), (1,), (1, 2)])),
     (TypeError, "vertices", "rows of numbers", lambda: zepbmp.map_polygon(RGBQ, LARGE, "corners")),
@@ -135,10 +156,10 @@ BAD_CALLS = [
     (ValueError, "strength", "A8", lambda: zepbmp.tint_polygon(RGBQ, RGB8, 0, CORNERS)),
     (ValueError, "dest", "YUY2 or RGBQ", lambda: zepbmp.tint_polygon(PWRW, A8, 0, CORNERS)),
     (ValueError, "coverage", "another", lambda: zepbmp.tint_polygon(RGBQ, A8, 0, CORNERS, coverage=A8)),
-    (ValueError, "level", "1..4096", lambda: zepbmp.fill_polygon(RGBQ, 0, CORNERS, level=0)),
+    (ValueError, "level", "0..4096", lambda: zepbmp.fill_polygon(RGBQ, 0, CORNERS, level=4097)),
     (ValueError, "dest", "YUY2 or RGBQ", lambda: zepbmp.fill_polygon(A8, 0, CORNERS)),
     (ValueError, "field", "FRAME or", lambda: zepbmp.fill_polygon(RGBQ, 0, CORNERS, field=Field.SKIP_FIRST)),
-    (ValueError, "vertices", "three corners", lambda: zepbmp.fill_polygon(RGBQ, 0, [(0, 0), (1, 1)])),
+    (ValueError, "vertices", "five numbers", lambda: zepbmp.fill_polygon(RGBQ, 0, [(0, 0, 1), (1, 1, 1)])),
     (ValueError, "dest", "YUY2 or RGBQ or RGB8", lambda: zepbmp.map_rect(A8, (0,) * 4, A8, (0,) * 4)),
     (ValueError, "source", "the format of dest", lambda: zepbmp.map_rect(RGBQ, (0,) * 4, QUAD3, (0,) * 4, PWRW)),
     (ValueError, "source", "another bitmap", lambda: zepbmp.map_rect(RGB8, (0,) * 4, RGB8, (0,) * 4)),
@@ -151,6 +172,8 @@ BAD_CALLS = [
     (ValueError, "the right of dest_rect", "0..6", lambda: zepbmp.map_rect(RGB8, (0, 0, 6.5, 1), RGB8_2, (0, 0, 1, 1))),
     (ValueError, "the bottom of src_rect", "0..4", lambda: zepbmp.map_rect(RGB8, (0, 0, 1, 1), RGB8_2, (0, 0, 1, 5))),
     (ValueError, "the left of dest_rect", "finite", lambda: zepbmp.map_rect(RGB8, (NAN, 0, 1, 1), RGB8_2, (0,) * 4)),
+    (ValueError, "src_rect", "above its left", lambda: zepbmp.map_rect(RGB8, (0,) * 4, RGB8_2, (1, 0, 1, 1))),
+    (ValueError, "src_rect", "above its left", lambda: zepbmp.map_rect(RGB8, (0,) * 4, RGB8_2, (0, 2, 1, 1))),
     (TypeError, "field", "zepbmp.Field", lambda: zepbmp.blit(A8, 0, 0, 1, 1, A8, field=3)),
     (TypeError, "mode", "zepbmp.DrawMode", lambda: zepbmp.draw_rect(RGBQ, 0, 0, 1, 1, 0, 0)),
     (TypeError, "field", "zepbmp.Field", lambda: zepbmp.compose(RGBQ, RGBQ, RGBQ, PWRW, 3)),
@@ -176,9 +199,42 @@ def test_a_bad_argument_is_named_with_its_value_and_the_rule(kind, argument, rul
     assert not count, "the library was called"
 
 
+@pytest.mark.parametrize(
+    "value, text",
+    [
+        (10**5000, "an integer of 16610 bits"),
+        (Fraction(10**5000), "<Fraction instance at .*>"),
+        (np.ma.array([[1, 2], [3, 4]]), r"masked_array\( ?data=\[\[1, 2\], \[3, 4\]\], mask.*"),
+        ("x" * 10**6, "'xxxx.*xxxx'"),
+    ],
+    ids=["integer", "fraction", "array", "string"],
+)
+def test_a_message_is_one_short_line(value, text):
+    with pytest.raises((TypeError, ValueError), match=f"^left is {text}(: | \\()") as raised:
+        zepbmp.draw_rect(RGBQ, value, 0, 1, 1, 0)
+    assert len(str(raised.value)) < 200 and len(str(raised.value).splitlines()) == 1
+
+
+def test_what_encloses_nothing_draws_nothing():
+    dest, blank = Bitmap(6, 4, Format.RGBQ), np.zeros((4, 6, 4))
+    for corners in ([], np.zeros((0, 5)), CORNERS[:1], CORNERS[:2]):
+        zepbmp.map_polygon(dest, RGBQ2, corners)
+        zepbmp.fill_polygon(dest, 0xFFFFFFFF, corners)
+    zepbmp.fill_polygon(dest, 0xFFFFFFFF, CORNERS, level=0)
+    zepbmp.draw_rect(dest, 3, 0, 3, 4, 0xFFFFFFFF)
+    np.testing.assert_array_equal(dest.array, blank)
+
+
+def test_no_memory_for_a_palette(monkeypatch):
+    bitmap = Bitmap(1, 1, Format.RGB8)
+    monkeypatch.setitem(_library.call, "bmp_set_palette", lambda *arguments: None)
+    with pytest.raises(MemoryError, match="display header of <zepbmp.Bitmap 1 x 1 RGB8>"):
+        zepbmp.set_palette(bitmap, 0, 0)
+
+
 def test_display_needs_windows():
     with pytest.raises(NotImplementedError, match="only Windows"):
-        zepbmp.display(0, 0, 0, 6, 4, A8)
+        zepbmp.display(1, 0, 0, 6, 4, A8)
 
 
 @pytest.mark.parametrize("number", [True, np.int8(1), np.uint64(1), np.float32(1), 1, 1.0])

@@ -2,8 +2,12 @@
 
 import copy
 import gc
+import os
 import pickle
+import subprocess
+import sys
 import weakref
+from pathlib import Path
 
 import numpy as np
 import pytest
@@ -11,7 +15,7 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 import zepbmp
-from zepbmp import Bitmap, Field, Format, _library
+from zepbmp import Bitmap, Field, Format, _bitmap, _library
 
 FORMATS = [
     (Format.YUY2, np.uint8, (2,)),
@@ -87,7 +91,7 @@ def test_memory_comes_back():
 
     before = resident_bytes()
     for _ in range(128):
-        bitmap = Bitmap(2048, 2048, Format.RGBQ, zero=False)
+        bitmap = Bitmap(2048, 2048, Format.QUAD3, zero=False)
         bitmap.array[:] = 1
         view = bitmap.depth
     del bitmap, view
@@ -95,9 +99,15 @@ def test_memory_comes_back():
     assert resident_bytes() - before < 2**29, "2 GB were filled"
 
 
-def test_the_library_frees_each_bitmap_once(monkeypatch):
+def freed_addresses(monkeypatch):
+    """Instead of bmp_destroy's work, a list of what it was asked to free."""
     freed = []
-    monkeypatch.setattr(Bitmap, "__del__", lambda self: freed.append(self._address))
+    monkeypatch.setattr(_bitmap._Memory, "__del__", lambda self: freed.append(self.address))
+    return freed
+
+
+def test_the_library_frees_each_bitmap_once(monkeypatch):
+    freed = freed_addresses(monkeypatch)
     bitmap = Bitmap(4, 4, Format.A8)
     address = bitmap._address
     bitmap.__init__(8, 8, Format.A8)  # nothing: the bitmap stays as it is
@@ -107,6 +117,54 @@ def test_the_library_frees_each_bitmap_once(monkeypatch):
     del views
     assert freed == [address]
     _library.call["bmp_destroy"](address)
+
+
+def test_a_subclass_with_a_finaliser_is_freed_once(monkeypatch):
+    freed, kept = freed_addresses(monkeypatch), []
+
+    class Kept(Bitmap):
+        def __del__(self):
+            kept.append(self)
+
+    bitmap = Kept(4, 4, Format.A8)
+    address = bitmap._address
+    bitmap.__del__()
+    kept.clear()
+    del bitmap  # lives on in the list
+    zepbmp.clear(kept[0])
+    assert freed == []
+    kept.clear()
+    assert freed == [address]
+    _library.call["bmp_destroy"](address)
+
+
+def test_the_interpreter_ends_with_bitmaps_in_use():
+    program = """
+import builtins, sys, threading, time
+import zepbmp
+from zepbmp import Bitmap, Format
+
+class Holder:
+    def __del__(self):
+        self.bitmap.array[:] = 1
+        zepbmp.clear(self.bitmap)
+
+cycle = Holder()
+cycle.cycle, cycle.bitmap = cycle, Bitmap(64, 64, Format.A8)
+builtins.kept, sys.kept, zepbmp.kept = (Bitmap(8, 8, Format.A8) for _ in range(3))
+sys.view = Bitmap(8, 8, Format.A8).array
+dest, source = Bitmap(1500, 1500, Format.RGBQ), Bitmap(8, 8, Format.RGBQ)
+
+def draw_on():
+    while True:
+        zepbmp.map_polygon(dest, source, [(0, 0, 1, 0, 0), (8, 0, 2, 1500, 0), (8, 8, 3, 1500, 1500)])
+
+threading.Thread(target=draw_on, daemon=True).start()
+time.sleep(0.1)
+"""
+    environment = {**os.environ, "PYTHONPATH": str(Path(zepbmp.__file__).parents[1])}
+    done = subprocess.run([sys.executable, "-c", program], env=environment, capture_output=True, text=True, check=False)
+    assert (done.returncode, done.stdout, done.stderr) == (0, "", "")
 
 
 def test_no_memory():
@@ -142,6 +200,39 @@ def test_duplicates_have_memory_of_their_own(duplicate):
     np.testing.assert_array_equal(other.array, bitmap.array)
     assert (other.format, other.interlace) == (bitmap.format, bitmap.interlace)
     assert other.pointer() != bitmap.pointer()
+
+
+@pytest.mark.parametrize("order", "<>=")
+def test_arrays_of_either_byte_order_go_in_and_out(order):
+    foreign = np.arange(12).reshape(3, 4).astype(f"{order}u2")
+    bitmap = Bitmap.from_array(foreign[:, ::-1], Format.PWRW)
+    np.testing.assert_array_equal(bitmap.array, foreign[:, ::-1])
+    bitmap.copy_to(foreign)
+    np.testing.assert_array_equal(bitmap.array, foreign)
+    bitmap.copy_from(foreign[::-1])
+    np.testing.assert_array_equal(bitmap.array, foreign[::-1])
+
+
+@pytest.mark.parametrize("turned", [np.s_[::-1], np.s_[:, ::-1], np.s_[::-1, ::-1]])
+def test_views_of_a_bitmap_go_into_it_and_out_of_it(turned):
+    pixels = np.arange(45, dtype=np.uint8).reshape(5, 9)
+    bitmap = Bitmap.from_array(pixels, Format.A8)
+    bitmap.copy_from(bitmap.array[turned])
+    np.testing.assert_array_equal(bitmap.array, pixels[turned])
+    bitmap.copy_to(bitmap.array[turned])
+    np.testing.assert_array_equal(bitmap.array, pixels)
+
+
+class Named(Bitmap):
+    """A subclass with an attribute of its own."""
+
+
+@pytest.mark.parametrize("duplicate", [copy.copy, copy.deepcopy, lambda one: pickle.loads(pickle.dumps(one))])
+def test_a_duplicate_is_of_the_same_class(duplicate):
+    named = Named.from_array(np.ones((2, 3), np.uint8), Format.A8)
+    named.name = "first"
+    other = duplicate(named)
+    assert type(other) is Named and other.name == "first" and other.array.all()
 
 
 def test_attributes_are_read_only():

@@ -1,12 +1,13 @@
-"""Python's lock is released during calls."""
+"""Python's lock is released during calls; a thread whose stack is too small is told so."""
 
 import threading
 from concurrent.futures import ThreadPoolExecutor
 
 import numpy as np
+import pytest
 
 import zepbmp
-from zepbmp import Bitmap, Format
+from zepbmp import Bitmap, Format, _stack
 
 
 def test_another_thread_sees_a_picture_that_is_half_drawn():
@@ -47,3 +48,28 @@ def test_threads_draw_what_one_thread_draws():
     alone = [mixed(number) for number in range(8)]
     with ThreadPoolExecutor(8) as pool:
         assert list(pool.map(mixed, range(8))) == alone
+
+
+def in_a_thread_with_a_stack_of(size, call):
+    """What the call returns or raises there."""
+    before = threading.stack_size(size)
+    try:
+        with ThreadPoolExecutor(1) as pool:
+            return pool.submit(call)
+    finally:
+        threading.stack_size(before)
+
+
+def test_map_rect_wants_stack():
+    source = Bitmap.from_array(np.full((9, 9), 200, np.uint8), Format.RGB8)
+    dest = Bitmap(7, 7, Format.RGB8)
+
+    def mapped():
+        zepbmp.map_rect(dest, (0, 0, 7, 7), source, (0, 0, 9, 9))
+        return _stack.size()
+
+    with pytest.raises(RuntimeError, match="^the thread's stack is 65536 bytes: must be at least 262144"):
+        in_a_thread_with_a_stack_of(65536, mapped).result()
+    assert not dest.array.any()
+    assert in_a_thread_with_a_stack_of(_stack.NEEDED, mapped).result() == _stack.NEEDED
+    assert (dest.array == 200).all()

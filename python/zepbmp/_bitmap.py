@@ -2,13 +2,13 @@
 
 import ctypes
 from collections.abc import Callable
-from typing import Any, Final, SupportsIndex
+from typing import Any, Final, Self, SupportsIndex, TypeAlias, Union
 
 import numpy as np
 import numpy.typing as npt
 
 from zepbmp import _checks, _library
-from zepbmp._types import Field, Format
+from zepbmp._types import QUADS, Field, Format
 
 _CREATE_ZERO: Final = 4
 _SIZE_LIMIT_32_BIT: Final = 2**32 - 64
@@ -24,6 +24,22 @@ _ELEMENTS: Final[dict[Format, tuple[str, tuple[int, ...]]]] = {
     Format.RGB8: ("|u1", ()),
     Format.A8: ("|u1", ()),
 }
+
+
+Pixels: TypeAlias = Union[npt.ArrayLike, "Bitmap"]
+
+
+class _Memory:
+    """What bmp_create has made. It is freed once, whatever a subclass of Bitmap does with __del__."""
+
+    __slots__ = ("address",)
+
+    def __init__(self, address: int) -> None:
+        self.address = address
+
+    # The default argument keeps the function alive while the interpreter shuts down.
+    def __del__(self, _destroy: Callable[[int], None] = _library.call["bmp_destroy"]) -> None:
+        _destroy(self.address)
 
 
 class Bitmap:
@@ -42,15 +58,26 @@ class Bitmap:
     <zepbmp.Bitmap 5 x 2 RGBQ>
     >>> bitmap.array[1, 2] = 10, 20, 30, 0
 
-    The standard library's copy and pickle make bitmaps of their own:
+    The standard library's copy and pickle make bitmaps of their own, with the pixels but not the palette:
 
     >>> import copy
     >>> copy.copy(bitmap).array[1, 2].tolist()
     [10, 20, 30, 0]
     """
 
-    __slots__ = ("_address", "_pixels", "_width", "_height", "_pitch", "_format", "_interlace", "__weakref__")
+    __slots__ = (
+        "_memory",
+        "_address",
+        "_pixels",
+        "_width",
+        "_height",
+        "_pitch",
+        "_format",
+        "_interlace",
+        "__weakref__",
+    )
 
+    _memory: _Memory
     _address: int
     _pixels: int
     _width: int
@@ -67,7 +94,7 @@ class Bitmap:
         format: Format,
         interlace: Field = Field.FRAME,
         zero: bool = True,
-    ) -> "Bitmap":
+    ) -> Self:
         width = _checks.integer("width", width, 0)
         height = _checks.integer("height", height, 0)
         _checks.member("format", format, Format)
@@ -83,8 +110,10 @@ class Bitmap:
             raise MemoryError(f"no memory for a bitmap of {width} x {height} {format.name}")
 
         header = record.contents
+        memory = _Memory(ctypes.addressof(header))
         self = super().__new__(cls)
-        self._address = ctypes.addressof(header)
+        self._memory = memory
+        self._address = memory.address
         self._pixels = header.pixels
         self._width = width
         self._height = height
@@ -93,22 +122,20 @@ class Bitmap:
         self._interlace = interlace
         return self
 
-    # The default argument keeps the function alive while the interpreter shuts down.
-    def __del__(self, _destroy: Callable[[int], None] = _library.call["bmp_destroy"]) -> None:
-        _destroy(self._address)
-
     def __repr__(self) -> str:
         interlace = "" if self._interlace is Field.FRAME else f" interlaced {self._interlace.name}"
         return f"<zepbmp.Bitmap {self._width} x {self._height} {self._format.name}{interlace}>"
 
     def __reduce__(self) -> tuple[Any, ...]:
-        return _rebuilt, (self.to_array(), self._format, self._interlace)
+        # A subclass may have attributes.
+        state = getattr(self, "__dict__", None)
+        return type(self).from_array, (self.to_array(), self._format, self._interlace), state
 
     @classmethod
-    def from_array(cls, array: npt.ArrayLike, format: Format, interlace: Field = Field.FRAME) -> "Bitmap":
+    def from_array(cls, array: Pixels, format: Format, interlace: Field = Field.FRAME) -> Self:
         """A new bitmap that holds a copy of an array, or of whatever else NumPy reads, contiguous or not.
 
-        Shape and type are those of `Bitmap.array`.
+        Shape and type are those of `Bitmap.array`, in any byte order.
 
         >>> import numpy as np
         >>> weights = np.arange(12, dtype=np.uint16).reshape(3, 4)
@@ -116,7 +143,7 @@ class Bitmap:
         [[8, 10], [4, 6], [0, 2]]
         """
         _checks.member("format", format, Format)
-        source = np.asarray(array)
+        source = _checks.array("array", array)
         if source.ndim < 2:
             raise _checks.bad_value("array", array, "must have a line and a column index")
         _check_array(source, format, source.shape[:2])
@@ -188,15 +215,15 @@ class Bitmap:
 
     @property
     def depth(self) -> npt.NDArray[np.float32]:
-        """The same view of a bitmap of 4 bytes a pixel as float32 (height, width): a depth buffer, larger = nearer.
+        """The same view of a QUAD3, QUAD4 or QUAD5 bitmap as float32 (height, width): a depth buffer, larger = nearer.
 
         >>> buffer = zepbmp.Bitmap(2, 1, zepbmp.Format.QUAD3)
         >>> buffer.depth[:] = 0.5
         >>> buffer.array[0, 0].tolist()
         [0, 0, 0, 63]
         """
-        if self._format.bytes_per_pixel != 4:
-            raise _checks.bad_value("bitmap", self, "a depth buffer must have 4 bytes a pixel")
+        if self._format not in QUADS:
+            raise _checks.bad_value("bitmap", self, f"its format must be {_checks.names_of(QUADS)}")
         view: npt.NDArray[np.float32] = np.asarray(_Depth(self))
         return view
 
@@ -219,21 +246,25 @@ class Bitmap:
             "data": (self._pixels, False),
         }
 
-    def copy_from(self, array: npt.ArrayLike) -> None:
+    def copy_from(self, array: Pixels) -> None:
         """Copies an array in, or whatever else NumPy reads, contiguous or not, of the shape and type of `Bitmap.array`.
+
+        It may be in any byte order, and a view of this bitmap.
 
         >>> bitmap = zepbmp.Bitmap(4, 2, zepbmp.Format.RGB8)
         >>> bitmap.copy_from(memoryview(b"abcdefgh").cast("B", (2, 4)))
         >>> bitmap.array.tolist()
         [[97, 98, 99, 100], [101, 102, 103, 104]]
         """
-        source = np.asarray(array)
+        source = _checks.array("array", array)
         view = self.array
         _check_array(source, self._format, view.shape[:2])
         np.copyto(view, source)
 
     def copy_to(self, array: npt.NDArray[Any]) -> None:
         """Copies the pixels into an array, contiguous or not, of the shape and type of `Bitmap.array`.
+
+        It may be in any byte order, and a view of this bitmap.
 
         >>> import numpy as np
         >>> bitmap = zepbmp.Bitmap.from_array(np.full((1, 2), 7, np.uint8), zepbmp.Format.A8)
@@ -287,12 +318,8 @@ class _Depth:
 
 def _check_array(array: npt.NDArray[Any], format: Format, size: tuple[int, ...]) -> None:
     typestr, pixel = _ELEMENTS[format]
-    if array.dtype != typestr:
-        raise _checks.bad_type("array", array, f"{format.name} is of {np.dtype(typestr)}")
+    if array.dtype.newbyteorder("=") != typestr:
+        raise _checks.bad_type("array", array, f"its type must be {np.dtype(typestr)} for {format.name}")
     shape = (*size, *pixel)
     if array.shape != shape:
         raise _checks.bad_value("array", array, f"its shape must be {shape} for {format.name}")
-
-
-def _rebuilt(array: npt.NDArray[Any], format: Format, interlace: Field) -> Bitmap:
-    return Bitmap.from_array(array, format, interlace)

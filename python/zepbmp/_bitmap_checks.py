@@ -16,24 +16,38 @@ def bitmap(name: str, value: Any, formats: Container[Format] | None = None) -> B
     return value
 
 
-def same_format(name: str, value: Bitmap, other_name: str, other: Bitmap) -> None:
-    if value._format is not other._format:
-        raise bad_value(name, value, f"must have the format of {other_name}, {other!r}")
+def same_format(name: str, value: Bitmap, dest: Bitmap) -> None:
+    if value._format is not dest._format:
+        raise bad_value(name, value, f"must have the format of dest, {dest!r}")
 
 
-def same_pixel_size(name: str, value: Bitmap, other_name: str, other: Bitmap) -> None:
-    if value._format.bytes_per_pixel != other._format.bytes_per_pixel:
-        raise bad_value(name, value, f"must have as many bytes a pixel as {other_name}, {other!r}")
+def same_size(name: str, value: Bitmap, dest: Bitmap) -> None:
+    if value._width != dest._width or value._height != dest._height:
+        raise bad_value(name, value, f"must be as wide and high as dest, {dest!r}")
 
 
-def same_size(name: str, value: Bitmap, other_name: str, other: Bitmap) -> None:
-    if value._width != other._width or value._height != other._height:
-        raise bad_value(name, value, f"must be as wide and high as {other_name}, {other!r}")
+def covers(name: str, value: Bitmap, dest: Bitmap) -> None:
+    if value._width < dest._width or value._height < dest._height:
+        raise bad_value(name, value, f"must be at least as wide and high as dest, {dest!r}")
 
 
-def covers(name: str, value: Bitmap, other_name: str, other: Bitmap) -> None:
-    if value._width < other._width or value._height < other._height:
-        raise bad_value(name, value, f"must be at least as wide and high as {other_name}, {other!r}")
+def dest_and_source(dest: Any, source: Any) -> None:
+    """Two bitmaps with as many bytes a pixel."""
+    bitmap("dest", dest)
+    bitmap("source", source)
+    if source._format.bytes_per_pixel != dest._format.bytes_per_pixel:
+        raise bad_value("source", source, f"must have as many bytes a pixel as dest, {dest!r}")
+
+
+def frame(name: str, value: Any, dest: Bitmap) -> None:
+    """What is mixed into dest."""
+    same_format(name, bitmap(name, value), dest)
+    covers(name, value, dest)
+
+
+def plane(name: str, value: Any, formats: Container[Format], dest: Bitmap) -> None:
+    """A map that goes with dest."""
+    covers(name, bitmap(name, value, formats), dest)
 
 
 def distinct(**bitmaps: Bitmap | None) -> None:
@@ -43,6 +57,6 @@ def distinct(**bitmaps: Bitmap | None) -> None:
             raise bad_value(name, value, f"must be another bitmap than {other}")
 
 
-def color_for(target: Bitmap, value: Any, name: str = "color") -> int:
+def color_for(dest: Bitmap, value: Any) -> int:
     """A colour for an RGBQ bitmap, byte k in bits 8k..8k+7, or for a YUY2 bitmap, 0x00YYUUVV."""
-    return integer(name, value, 0, UINT32_MAX if target._format is Format.RGBQ else 0xFFFFFF)
+    return integer("color", value, 0, UINT32_MAX if dest._format is Format.RGBQ else 0xFFFFFF)

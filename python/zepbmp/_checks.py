@@ -10,6 +10,9 @@ from enum import Enum
 from numbers import Real
 from typing import Any, Final, TypeVar
 
+import numpy as np
+import numpy.typing as npt
+
 from zepbmp._types import Field
 
 INT32_MIN: Final = -(2**31)
@@ -23,6 +26,13 @@ class _Shortened(reprlib.Repr):
     def __init__(self) -> None:
         super().__init__()
         self.maxother = 100
+
+    def repr1(self, value: Any, level: int) -> str:
+        return " ".join(line.strip() for line in super().repr1(value, level).splitlines())
+
+    def repr_int(self, value: int, level: int) -> str:
+        # Python refuses to write very long ones.
+        return str(value) if value.bit_length() <= 128 else f"an integer of {value.bit_length()} bits"
 
     def repr_ndarray(self, array: Any, level: int) -> str:
         return f"an array {array.shape} of {array.dtype}"
@@ -57,8 +67,8 @@ def integer(name: str, value: Any, low: int = INT32_MIN, high: int = INT32_MAX) 
     return int(value)
 
 
-def single(name: str, value: Any) -> float:
-    """A number as the single precision float that the library gets."""
+def single(name: str, value: Any, low: float = -math.inf, high: float = math.inf, where: str = "") -> float:
+    """A number as the single precision float that the library gets, which is what has to lie in low..high."""
     if type(value) is not float and (not isinstance(value, Real) or isinstance(value, Enum)):
         raise bad_type(name, value, "must be a number")
     try:
@@ -67,7 +77,16 @@ def single(name: str, value: Any) -> float:
         rounded = math.inf
     if not math.isfinite(rounded):
         raise bad_value(name, value, "must be finite in single precision")
+    if not low <= rounded <= high:
+        raise bad_value(name, value, f"must lie in {low}..{high}{where}")
     return rounded
+
+
+def array(name: str, value: Any) -> npt.NDArray[Any]:
+    try:
+        return np.asarray(value)
+    except ValueError as error:
+        raise bad_value(name, value, "its rows must be as long as each other") from error
 
 
 def member(name: str, value: Any, kind: type[_Member]) -> _Member:

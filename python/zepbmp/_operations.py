@@ -4,21 +4,24 @@ import ctypes
 import sys
 from collections.abc import Sequence
 from ctypes import c_void_p
-from typing import Any, Final, SupportsFloat, SupportsIndex, TypeAlias
+from fractions import Fraction
+from typing import Any, Final, SupportsIndex, TypeAlias
 
 import numpy as np
 import numpy.typing as npt
 
-from zepbmp import _library
+from zepbmp import _library, _stack
 from zepbmp._bitmap import Bitmap
 from zepbmp._bitmap_checks import bitmap as check_bitmap
-from zepbmp._bitmap_checks import color_for, covers, distinct, same_format, same_pixel_size, same_size
+from zepbmp._bitmap_checks import color_for, covers, dest_and_source, distinct, frame, plane, same_format, same_size
 from zepbmp._checks import (
     ANY_LINES,
     FRAME_OR_FIELD,
     INT32_MAX,
+    INT32_MIN,
     ONE_FIELD,
     UINT32_MAX,
+    array,
     bad_type,
     bad_value,
     field as check_field,
@@ -27,13 +30,14 @@ from zepbmp._checks import (
     member,
     single,
 )
-from zepbmp._types import WEIGHT_FULL, DrawMode, Field, Format, Ramp, ShapeMode, Vertex
+from zepbmp._types import QUADS, WEIGHT_FULL, DrawMode, Field, Format, Ramp, ShapeMode, Vertex
 
-Number: TypeAlias = SupportsFloat
-Rectangle: TypeAlias = Sequence[Number]
+Number: TypeAlias = float | np.floating[Any] | np.integer[Any] | Fraction
+Rectangle: TypeAlias = Sequence[Number] | npt.NDArray[Any]
 Corners: TypeAlias = Sequence[Vertex | Sequence[float]] | npt.NDArray[Any]
 
 _COLORED: Final = (Format.YUY2, Format.RGBQ)
+_MAPPED: Final = (*_COLORED, Format.PWRW)
 _WEIGHTS: Final = (Format.PWRW,)
 _COVERAGE: Final = (Format.PWRW, Format.A8)
 
@@ -73,10 +77,8 @@ def copy(dest: Bitmap, source: Bitmap, field: Field = Field.FRAME) -> None:
     >>> dest.array.tolist()
     [[0], [2], [0]]
     """
-    check_bitmap("dest", dest)
-    check_bitmap("source", source)
-    same_pixel_size("source", source, "dest", dest)
-    same_size("source", source, "dest", dest)
+    dest_and_source(dest, source)
+    same_size("source", source, dest)
     check_field(field, FRAME_OR_FIELD)
     _call["bmp_copy"](dest._address, source._address, field)
 
@@ -97,6 +99,7 @@ def blit(
     A part left of or above the source moves the destination by as much. A part left of or above the destination does
     not move the source: the rectangle's left (top) pixels land at column (line) 0, the right (bottom) ones are dropped.
     Within one bitmap, where a line overlaps itself, bytes move in 4-byte words from left to right, then single bytes.
+    The rectangle's edges fit 32 bits.
 
     field   Field.EVEN, Field.ODD: every second line of both, those whose destination line has that parity
 
@@ -106,29 +109,25 @@ def blit(
     >>> dest.array.tolist()
     [[0, 0, 0, 0], [0, 0, 2, 3], [0, 0, 5, 6]]
     """
-    check_bitmap("dest", dest)
-    check_bitmap("source", source)
-    same_pixel_size("source", source, "dest", dest)
+    dest_and_source(dest, source)
     check_field(field, FRAME_OR_FIELD)
-    _call["bmp_blt"](
-        dest._address,
-        integer("dest_x", dest_x),
-        integer("dest_y", dest_y),
-        integer("width", width),
-        integer("height", height),
-        source._address,
-        integer("src_x", src_x),
-        integer("src_y", src_y),
-        field,
-    )
+    width, height = integer("width", width), integer("height", height)
+    dest_x, dest_y = _start("dest_x", dest_x, width), _start("dest_y", dest_y, height)
+    src_x, src_y = _start("src_x", src_x, width), _start("src_y", src_y, height)
+    _call["bmp_blt"](dest._address, dest_x, dest_y, width, height, source._address, src_x, src_y, field)
+
+
+def _start(name: str, value: Any, length: int) -> int:
+    """Where an edge is whose end fits 32 bits, too."""
+    return integer(name, value, max(INT32_MIN, INT32_MIN - length), min(INT32_MAX, INT32_MAX - length))
 
 
 def interpolate_field(dest: Bitmap, source: Bitmap, field: Field) -> None:
     """Rebuilds a frame from one field of the source.
 
     The field's lines are copied, each line between two of them is their rounded average, byte by byte; a line beyond
-    the field's first or last is its copy. Works in place. The source is at least as high as the destination, and its
-    lines (pitch) are at least as long.
+    the field's first or last is its copy. Works in place, or from a source that is at least as large, with as many
+    bytes a pixel.
 
     field   Field.EVEN or Field.ODD, the one that is kept
 
@@ -137,10 +136,8 @@ def interpolate_field(dest: Bitmap, source: Bitmap, field: Field) -> None:
     >>> source.array.tolist()
     [[10], [15], [20], [20]]
     """
-    check_bitmap("dest", dest)
-    check_bitmap("source", source)
-    if source._pitch < dest._pitch or source._height < dest._height:
-        raise bad_value("source", source, f"must have at least the pitch and the height of dest, {dest!r}")
+    dest_and_source(dest, source)
+    covers("source", source, dest)
     check_field(field, ONE_FIELD)
     _call["bmp_interporate"](dest._address, source._address, field)
 
@@ -153,7 +150,7 @@ _RECT_FORMATS: Final = {
     DrawMode.OR: (Format.RGB8,),
     DrawMode.AND: (Format.RGB8,),
 }
-_LARGEST_COLOR: Final = {Format.RGBQ: UINT32_MAX, Format.PWRW: 0xFFFF, Format.RGB8: 0xFF}
+_LARGEST_COLOR: Final = {Format.RGBQ: UINT32_MAX, Format.PWRW: WEIGHT_FULL, Format.RGB8: 0xFF}
 
 
 def draw_rect(
@@ -169,7 +166,7 @@ def draw_rect(
 
     RGBQ, PWRW   DrawMode.SET
     RGB8         DrawMode.OR, DrawMode.AND
-    color        RGBQ: byte k of the pixel in bits 8k..8k+7; PWRW: 0..65535; RGB8: 0..255
+    color        RGBQ: byte k of the pixel in bits 8k..8k+7; PWRW: 0..4096; RGB8: 0..255
 
     >>> weights = zepbmp.Bitmap(4, 2, zepbmp.Format.PWRW)
     >>> zepbmp.draw_rect(weights, 1, -5, 3, 1, 4096)
@@ -244,6 +241,12 @@ def set_palette(bitmap: Bitmap, index: SupportsIndex, color: SupportsIndex) -> N
     """
     check_bitmap("bitmap", bitmap, (Format.RGB8,))
     _call["bmp_set_palette"](bitmap._address, integer("index", index, 0, 255), integer("color", color, 0, 0xFFFFFF))
+    _expect_display_header(bitmap)
+
+
+def _expect_display_header(bitmap: Bitmap) -> None:
+    if not _library.Record.from_address(bitmap._address).dib_info:
+        raise MemoryError(f"no memory for the display header of {bitmap!r}")
 
 
 def display(
@@ -270,30 +273,25 @@ def display(
     ...     zepbmp.display(window_context, 0, 0, 64, 48, bitmap)
     """
     largest_handle = 2 ** (8 * ctypes.sizeof(c_void_p)) - 1
+    check_bitmap("bitmap", bitmap)
     arguments = (
-        integer("device_context", device_context, 0, largest_handle),
+        integer("device_context", device_context, 1, largest_handle),
         integer("dest_x", dest_x),
         integer("dest_y", dest_y),
         integer("width", width, 0),
         integer("height", height, 0),
-        check_bitmap("bitmap", bitmap)._address,
-        integer("src_x", src_x),
-        integer("start_line", start_line),
+        bitmap._address,
+        integer("src_x", src_x, 0, bitmap._width),
+        integer("start_line", start_line, 0),
     )
     if sys.platform != "win32":
         raise NotImplementedError("display: only Windows has device contexts")
     lines: int = _call["bmp_display"](*arguments)
+    _expect_display_header(bitmap)
     return lines
 
 
 # ---------------------------------------------------------------- composition
-
-
-def _check_sources(dest: Bitmap, src1: Bitmap, src2: Bitmap) -> None:
-    for name, source in (("src1", src1), ("src2", src2)):
-        check_bitmap(name, source)
-        same_format(name, source, "dest", dest)
-        covers(name, source, "dest", dest)
 
 
 def compose(dest: Bitmap, src1: Bitmap, src2: Bitmap, mask: Bitmap, field: Field = Field.FRAME) -> None:
@@ -313,9 +311,9 @@ def compose(dest: Bitmap, src1: Bitmap, src2: Bitmap, mask: Bitmap, field: Field
     [0, 50, 200]
     """
     check_bitmap("dest", dest, _COLORED)
-    _check_sources(dest, src1, src2)
-    check_bitmap("mask", mask, _COVERAGE)
-    covers("mask", mask, "dest", dest)
+    frame("src1", src1, dest)
+    frame("src2", src2, dest)
+    plane("mask", mask, _COVERAGE, dest)
     check_field(field, ANY_LINES)
     _call["bmp_compose"](dest._address, src1._address, src2._address, mask._address, field)
 
@@ -332,7 +330,8 @@ def compose_level(dest: Bitmap, src1: Bitmap, src2: Bitmap, level: SupportsIndex
     [[[50, 50, 50, 50]]]
     """
     check_bitmap("dest", dest)
-    _check_sources(dest, src1, src2)
+    frame("src1", src1, dest)
+    frame("src2", src2, dest)
     level = integer("level", level, 0, WEIGHT_FULL)
     check_field(field, ANY_LINES)
     _call["bmp_compose"](dest._address, src1._address, src2._address, level, field | _COMPOSE_LEVEL)
@@ -367,27 +366,29 @@ def compose_color(
     [[48, 32, 16, 0], [36, 24, 12, 0], [0, 0, 0, 0]]
     """
     check_bitmap("dest", dest, _COLORED)
+    frame("src1", src1, dest)
+    plane("mask1", mask1, _WEIGHTS, dest)
     if (src2 is None) != (mask2 is None):
         missing = "src2" if src2 is None else "mask2"
         raise bad_value(missing, None, "src2 and mask2 go together")
-    _check_sources(dest, src1, src1 if src2 is None else src2)
-    for name, mask in (("mask1", mask1), ("mask2", mask2)):
-        if name == "mask1" or mask is not None:
-            covers(name, check_bitmap(name, mask, _WEIGHTS), "dest", dest)
+    if src2 is not None:
+        frame("src2", src2, dest)
+        plane("mask2", mask2, _WEIGHTS, dest)
     color = color_for(dest, color)
     check_field(field, ANY_LINES)
     _call["bmp_compose_color"](
-        dest._address,
-        src1._address,
-        None if src2 is None else src2._address,
-        mask1._address,
-        None if mask2 is None else mask2._address,
-        color,
-        field,
+        dest._address, src1._address, _address(src2), mask1._address, _address(mask2), color, field
     )
 
 
+def _address(bitmap: Bitmap | None) -> int | None:
+    return None if bitmap is None else bitmap._address
+
+
 # ---------------------------------------------------------------- shapes in weight maps
+
+_SHAPE_LIMIT: Final = 2**25
+_CIRCLE_LIMIT: Final = 2**30
 
 
 def alpha_rect(
@@ -403,13 +404,12 @@ def alpha_rect(
 ) -> None:
     """Draws a rectangle with edges at 1/64 pixel into a weight map (PWRW): a pixel gets its covered fraction of 4096.
 
-    x, y, width, height   pixels and frame lines, truncated to 1/64
+    x, y, width, height   pixels and frame lines, truncated to 1/64; up to 2^25
     radius                of elliptical corners, across and down; shrunk, keeping the ratio, to half the rectangle.
                           Those always keep the larger weight
     field                 the lines that are drawn: Field.FRAME, Field.EVEN or Field.ODD
 
-    Whole pixels of whole lines become 4096 also where weights are added. Edges at 2^25 pixels or lines and beyond draw
-    nothing.
+    Whole pixels of whole lines become 4096 also where weights are added.
 
     >>> weights = zepbmp.Bitmap(4, 2, zepbmp.Format.PWRW)
     >>> zepbmp.alpha_rect(weights, 0.5, 0, 2.75, 1.5)
@@ -419,8 +419,8 @@ def alpha_rect(
     check_bitmap("weights", weights, _WEIGHTS)
     member("mode", mode, ShapeMode)
     check_field(field, FRAME_OR_FIELD)
-    left, top = single("x", x), single("y", y)
-    across, down = _not_negative("width", width), _not_negative("height", height)
+    left, top = (single(name, value, -_SHAPE_LIMIT, _SHAPE_LIMIT) for name, value in (("x", x), ("y", y)))
+    across, down = single("width", width, 0, _SHAPE_LIMIT), single("height", height, 0, _SHAPE_LIMIT)
     radius_x = radius_y = 0.0
     flags = int(mode | field)
     if radius is not None:
@@ -428,7 +428,7 @@ def alpha_rect(
             raise bad_value("mode", mode, "elliptical corners keep the larger weight, MAX")
         if not isinstance(radius, (tuple, list)) or len(radius) != 2:
             raise bad_type("radius", radius, "must be a pair of numbers or None")
-        radius_x, radius_y = _not_negative("radius[0]", radius[0]), _not_negative("radius[1]", radius[1])
+        radius_x, radius_y = (single(f"radius[{i}]", one, 0, _SHAPE_LIMIT) for i, one in enumerate(radius))
         flags |= _SHAPE_ELLIPTIC
     _call["bmp_alpha_rect"](weights._address, left, top, across, down, radius_x, radius_y, flags)
 
@@ -447,8 +447,8 @@ def alpha_circle(
     """Draws a disc into a weight map (PWRW) and sets everything around it to 0, on the lines of a field.
 
     cx, cy    centre, pixels; line y covers y * aspect .. (y + 1) * aspect
-    radius    outer radius, pixels
-    feather   width of the soft edge inside the radius; 0: a hard edge, anti-aliased with 4 x 4 samples
+    radius    outer radius, pixels; 0 or less leaves only the 0. It and the centre lie within -2^30..2^30
+    feather   width of the soft edge inside the radius; 0 or less: a hard edge, anti-aliased with 4 x 4 samples
     aspect    height of a line in pixels, above 0
     ramp      the soft edge's course
 
@@ -465,56 +465,59 @@ def alpha_circle(
         raise bad_value("aspect", aspect, "must be above 0 in single precision")
     _call["bmp_alpha_circle"](
         weights._address,
-        single("cx", cx),
-        single("cy", cy),
-        _not_negative("radius", radius),
-        _not_negative("feather", feather),
+        single("cx", cx, -_CIRCLE_LIMIT, _CIRCLE_LIMIT),
+        single("cy", cy, -_CIRCLE_LIMIT, _CIRCLE_LIMIT),
+        single("radius", radius, -_CIRCLE_LIMIT, _CIRCLE_LIMIT),
+        single("feather", feather),
         line_height,
         field | (_SHAPE_COSINE if ramp is Ramp.COSINE else 0),
     )
 
 
-def _not_negative(name: str, value: Any) -> float:
-    number = single(name, value)
-    if number < 0:
-        raise bad_value(name, value, "must not be negative")
-    return number
-
-
 # ---------------------------------------------------------------- mapping
+
+# How far from 0 the corners may lie: a third of it in lines, where those are drawn in three parts.
+_POSITION_LIMIT: Final = 2**19
 
 
 def _numbers(vertices: Any) -> npt.NDArray[np.float32]:
     """A private copy, so that what is checked is what the library reads."""
-    try:
-        given = np.asarray(vertices)
-    except ValueError as error:
-        raise bad_value("vertices", vertices, "every corner must be as long as the others") from error
+    given = array("vertices", vertices)
     if given.dtype.kind not in "iuf":
         raise bad_type("vertices", vertices, "must be rows of numbers")
     with np.errstate(over="ignore"):
-        return given.astype(np.float32, order="C", copy=True)
+        numbers = given.astype(np.float32, order="C", copy=True)
+    return numbers.reshape(0, 5) if numbers.shape[0:1] == (0,) else numbers
 
 
-def _vertices(value: Any) -> npt.NDArray[np.float32]:
-    corners = _numbers(value)
+def _corners(vertices: Any, antialias: bool) -> npt.NDArray[np.float32]:
+    corners = _numbers(vertices)
     if corners.ndim != 2 or corners.shape[1] != 5:
-        raise bad_value("vertices", value, "must be corners of five numbers, u v w x y")
-    if not 3 <= len(corners) <= INT32_MAX:
-        raise bad_value("vertices", value, "must be three corners or more")
+        raise bad_value("vertices", vertices, "must be corners of five numbers, u v w x y")
+    if len(corners) > INT32_MAX:
+        raise bad_value("vertices", vertices, f"must be at most {INT32_MAX} corners")
     if not np.isfinite(corners).all():
-        raise bad_value("vertices", value, "every number must be finite in single precision")
+        raise bad_value("vertices", vertices, "every number must be finite in single precision")
     if not (corners[:, 2] > 0).all():
-        raise bad_value("vertices", value, "every w must be above 0 in single precision")
+        raise bad_value("vertices", vertices, "every w must be above 0 in single precision")
+    lines = _POSITION_LIMIT // 3 if antialias else _POSITION_LIMIT
+    for name, positions, limit in (("x", corners[:, 3], _POSITION_LIMIT), ("y", corners[:, 4], lines)):
+        if not (np.abs(positions) <= limit).all():
+            raise bad_value("vertices", vertices, f"every {name} must lie in {-limit}..{limit}")
     return corners
 
 
-def _check_coverage(coverage: Bitmap | None, dest: Bitmap) -> int | None:
-    if coverage is None:
-        return None
-    check_bitmap("coverage", coverage, _COVERAGE)
-    covers("coverage", coverage, "dest", dest)
-    return coverage._address
+def _draw_polygon(
+    dest: Bitmap,
+    coverage: Bitmap | None,
+    depth: Bitmap | None,
+    textures: tuple[int | None, int | None],
+    corners: npt.NDArray[np.float32],
+    flags: int,
+) -> None:
+    _call["bmp_map_polygon"](
+        dest._address, _address(coverage), _address(depth), *textures, corners.ctypes.data, len(corners), flags
+    )
 
 
 def _field_flags(field: Field, source_field: Field | None) -> int:
@@ -527,9 +530,6 @@ def _field_flags(field: Field, source_field: Field | None) -> int:
     if source_field is not field:
         raise bad_value("source_field", source_field, f"must be that of the destination, {field.name}")
     return field
-
-
-_MAP_FORMATS: Final = {Format.YUY2: 2, Format.RGBQ: 4, Format.PWRW: 2}
 
 
 def map_polygon(
@@ -546,12 +546,12 @@ def map_polygon(
 ) -> None:
     """Maps a source onto a polygon, affine or in perspective.
 
-    source         YUY2, onto 2 bytes a pixel or more; RGBQ, onto 4 bytes; PWRW, onto PWRW
-    vertices       three corners or more: Vertex, or rows of five numbers u v w x y. Convex, concave or self-crossing:
-                   what is enclosed twice is outside
+    dest           YUY2, RGBQ or, without depth, PWRW; source has its format
+    vertices       the corners: Vertex, or rows of five numbers u v w x y. Convex, concave or self-crossing: what is
+                   enclosed twice is outside. x and y lie within -2^19..2^19, with anti-aliased edges y in a third of it
     coverage       A8 or PWRW, at least as large as dest: where something is drawn it becomes full (128, 4096)
-    depth          4 bytes a pixel, at least as large as dest: a pixel is drawn where its w is above `Bitmap.depth`,
-                   which then becomes w. Not with a PWRW source
+    depth          QUAD3, QUAD4 or QUAD5, at least as large as dest: a pixel is drawn where its w is above
+                   `Bitmap.depth`, which then becomes w
     field          the lines of dest that are drawn: Field.FRAME, Field.EVEN or Field.ODD
     source_field   the field of an interlaced source that is sampled: Field.EVEN, also when None, or Field.ODD. Where
                    one field of dest is drawn, the same one
@@ -565,38 +565,21 @@ def map_polygon(
     >>> dest.array[:, :, 0].tolist()
     [[0, 0, 0, 0], [0, 90, 90, 0], [0, 90, 90, 0]]
     """
-    check_bitmap("dest", dest)
-    check_bitmap("source", source, _MAP_FORMATS)
-    if source._format is Format.PWRW and dest._format is not Format.PWRW:
-        raise bad_value("dest", dest, "must be PWRW for a PWRW source")
-    if dest._format.bytes_per_pixel < _MAP_FORMATS[source._format]:
-        raise bad_value("dest", dest, f"must have pixels as large as those of source, {source!r}")
+    check_bitmap("dest", dest, _MAPPED if depth is None else _COLORED)
+    same_format("source", check_bitmap("source", source), dest)
     flag("antialias", antialias)
     flag("filter", filter)
     if antialias and not filter:
         raise bad_value("antialias", antialias, "needs filter")
-    coverage_address = _check_coverage(coverage, dest)
-    depth_address = None
+    if coverage is not None:
+        plane("coverage", coverage, _COVERAGE, dest)
     if depth is not None:
-        check_bitmap("depth", depth)
-        if depth._format.bytes_per_pixel != 4:
-            raise bad_value("depth", depth, "must have 4 bytes a pixel")
-        covers("depth", depth, "dest", dest)
-        if source._format is Format.PWRW:
-            raise bad_value("depth", depth, "must be None for a PWRW source")
+        plane("depth", depth, QUADS, dest)
         if antialias:
             raise bad_value("antialias", antialias, "must be False with depth")
-        depth_address = depth._address
-    distinct(dest=dest, source=source, coverage=coverage, depth=depth)
-    flags = _field_flags(field, source_field)
-    if antialias:
-        flags |= _MAP_ANTIALIAS
-    if not filter:
-        flags |= _MAP_NO_FILTER
-    corners = _vertices(vertices)
-    _call["bmp_map_polygon"](
-        dest._address, coverage_address, depth_address, source._address, None, corners.ctypes.data, len(corners), flags
-    )
+    distinct(dest=dest, source=source, coverage=coverage)
+    flags = _field_flags(field, source_field) | (_MAP_ANTIALIAS if antialias else 0) | (0 if filter else _MAP_NO_FILTER)
+    _draw_polygon(dest, coverage, depth, (source._address, None), _corners(vertices, antialias), flags)
 
 
 def tint_polygon(
@@ -629,15 +612,11 @@ def tint_polygon(
     check_bitmap("strength", strength, (Format.A8,))
     color = color_for(dest, color)
     flag("filter", filter)
-    coverage_address = _check_coverage(coverage, dest)
-    distinct(dest=dest, strength=strength, coverage=coverage)
-    flags = _field_flags(field, source_field) | _MAP_EXTRA
-    if not filter:
-        flags |= _MAP_NO_FILTER
-    corners = _vertices(vertices)
-    _call["bmp_map_polygon"](
-        dest._address, coverage_address, None, color, strength._address, corners.ctypes.data, len(corners), flags
-    )
+    if coverage is not None:
+        plane("coverage", coverage, _COVERAGE, dest)
+    distinct(strength=strength, coverage=coverage)
+    flags = _field_flags(field, source_field) | _MAP_EXTRA | (0 if filter else _MAP_NO_FILTER)
+    _draw_polygon(dest, coverage, None, (color, strength._address), _corners(vertices, False), flags)
 
 
 def fill_polygon(
@@ -653,8 +632,8 @@ def fill_polygon(
 
     dest       YUY2 or RGBQ
     color      RGBQ: byte k of the pixel in bits 8k..8k+7; YUY2: 0x00YYUUVV
-    vertices   three corners or more, pairs x y; or as in map_polygon, where u, v and w do not matter
-    level      how far the pixels go toward the colour, 1..4096
+    vertices   the corners, pairs x y; or as in map_polygon, where u, v and w do not matter
+    level      how far the pixels go toward the colour, 0..4096
     coverage   A8 or PWRW, at least as large as dest: gets coverage times level
 
     >>> dest = zepbmp.Bitmap(4, 2, zepbmp.Format.RGBQ)
@@ -664,14 +643,12 @@ def fill_polygon(
     """
     check_bitmap("dest", dest, _COLORED)
     color = color_for(dest, color)
-    level = integer("level", level, 1, WEIGHT_FULL)
-    coverage_address = _check_coverage(coverage, dest)
+    level = integer("level", level, 0, WEIGHT_FULL)
+    if coverage is not None:
+        plane("coverage", coverage, _COVERAGE, dest)
     check_field(field, FRAME_OR_FIELD)
-    corners = _vertices(_with_any_source(vertices))
-    flags = field | _MAP_EXTRA | _MAP_SOLID
-    _call["bmp_map_polygon"](
-        dest._address, coverage_address, None, color, level, corners.ctypes.data, len(corners), flags
-    )
+    corners = _corners(_with_any_source(vertices), True)
+    _draw_polygon(dest, coverage, None, (color, level), corners, field | _MAP_EXTRA | _MAP_SOLID)
 
 
 def _with_any_source(vertices: Any) -> Any:
@@ -690,24 +667,18 @@ _MAPPED_LINES: Final = 2**19
 
 
 def _rectangle(name: str, value: Any, inside_name: str, inside: Bitmap) -> tuple[float, float, float, float]:
+    """Its ends lie inside the bitmap, its starts may not."""
     try:
         left, top, right, bottom = value
     except (TypeError, ValueError):
         raise bad_type(name, value, "must be four numbers: left, top, right, bottom") from None
     last_column, last_line = min(inside._width, _MAPPED_PIXELS), min(inside._height, _MAPPED_LINES)
     return (
-        _within(f"the left of {name}", left, -_MAPPED_PIXELS, _MAPPED_PIXELS, ""),
-        _within(f"the top of {name}", top, -_MAPPED_LINES, _MAPPED_LINES, ""),
-        _within(f"the right of {name}", right, 0, last_column, f", inside {inside_name}"),
-        _within(f"the bottom of {name}", bottom, 0, last_line, f", inside {inside_name}"),
+        single(f"the left of {name}", left, -_MAPPED_PIXELS, _MAPPED_PIXELS),
+        single(f"the top of {name}", top, -_MAPPED_LINES, _MAPPED_LINES),
+        single(f"the right of {name}", right, 0, last_column, f", inside {inside_name}"),
+        single(f"the bottom of {name}", bottom, 0, last_line, f", inside {inside_name}"),
     )
-
-
-def _within(name: str, value: Any, low: int, high: int, where: str) -> float:
-    number = single(name, value)
-    if not low <= number <= high:
-        raise bad_value(name, value, f"must lie in {low}..{high}{where}")
-    return number
 
 
 def map_rect(
@@ -730,7 +701,7 @@ def map_rect(
     field       Field.EVEN, Field.ODD: draws that field's lines; of an interlaced source it samples that field
 
     A start left of or above its bitmap is moved to the edge, and the other rectangle's start in proportion. An empty
-    rectangle draws nothing. Takes some 110 KB of the thread's stack.
+    dest_rect draws nothing; src_rect has an extent. Raises RuntimeError in a thread with less than 256 KB of stack.
 
     >>> source = zepbmp.Bitmap.from_array(np.array([[10, 20, 30, 50]], np.uint8), zepbmp.Format.RGB8)
     >>> dest = zepbmp.Bitmap(2, 1, zepbmp.Format.RGB8)
@@ -739,20 +710,18 @@ def map_rect(
     [[15, 40]]
     """
     check_bitmap("dest", dest, (Format.RGB8, *_COLORED))
-    check_bitmap("source", source)
-    same_format("source", source, "dest", dest)
-    weights_address = None
-    if dest._format is Format.RGB8:
-        if weights is not None:
-            raise bad_value("weights", weights, "must be None for RGB8 bitmaps")
-    else:
-        there = check_bitmap("weights", weights, _WEIGHTS)
-        same_size("weights", there, "dest", dest)
-        weights_address = there._address
-    distinct(dest=dest, source=source, weights=weights)
+    same_format("source", check_bitmap("source", source), dest)
+    if dest._format is not Format.RGB8:
+        same_size("weights", check_bitmap("weights", weights, _WEIGHTS), dest)
+    elif weights is not None:
+        raise bad_value("weights", weights, "must be None for RGB8 bitmaps")
+    distinct(dest=dest, source=source)
     check_field(field, FRAME_OR_FIELD)
     dx0, dy0, dx1, dy1 = _rectangle("dest_rect", dest_rect, "dest", dest)
     sx0, sy0, sx1, sy1 = _rectangle("src_rect", src_rect, "source", source)
+    if not (sx1 > sx0 and sy1 > sy0):
+        raise bad_value("src_rect", src_rect, "its right and bottom must be above its left and top")
+    _stack.check()
     _call["bmp_map_rect"](
-        dest._address, weights_address, dx0, dy0, dx1, dy1, source._address, None, sx0, sy0, sx1, sy1, field
+        dest._address, _address(weights), dx0, dy0, dx1, dy1, source._address, None, sx0, sy0, sx1, sy1, field
     )

@@ -40,6 +40,9 @@ class Format(IntEnum):
         return (2, 4, 2, 4, 4, 4, 1, 1)[self]
 
 
+QUADS: Final = (Format.QUAD3, Format.QUAD4, Format.QUAD5)
+
+
 class Field(IntEnum):
     """The lines that an operation touches.
 

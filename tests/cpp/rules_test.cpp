@@ -84,10 +84,18 @@ TEST(CppErrors, HaveTheirPartsAndSurviveCopying) {
 TEST_F(CppRules, Numbers) {
     refused<OutOfRange>("Level: value is 4097, must lie within 0..4096", [] { Level(4097); });
     refused<OutOfRange>("Level: value is -1, must lie within 0..4096", [] { Level(-1); });
+    // What int does not hold is not cut to what it does.
+    refused<OutOfRange>("Level: value is 4294967297, must lie within 0..4096", [] { Level(int64_t{4294967297}); });
+    refused<OutOfRange>("Level: value is 18446744073709551615, must lie within 0..4096",
+                        [] { Level(std::numeric_limits<uint64_t>::max()); });
+    refused<OutOfRange>("PaletteIndex: value is -1, must lie within 0..255",
+                        [] { PaletteIndex(static_cast<signed char>(-1)); });
     refused<OutOfRange>("Weight: value is 4097, must lie within 0..4096", [] { Weight(4097); });
     refused<OutOfRange>("PaletteIndex: value is 256, must lie within 0..255", [] { PaletteIndex(256); });
     EXPECT_EQ(Level(0).value(), 0);
     EXPECT_EQ(Weight(4096).value(), 4096);
+    EXPECT_EQ(Weight(uint16_t{4096}).value(), 4096);
+    EXPECT_EQ(PaletteIndex(uint8_t{255}).value(), 255);
 }
 
 TEST_F(CppRules, MakingABitmap) {
@@ -122,6 +130,13 @@ TEST_F(CppRules, TakingOverARecord) {
         "Bitmap::adopt: record is unknown, must be YUY2 or RGBQ or PWRW or QUAD3 or QUAD4 or QUAD5 or RGB8 or A8",
         [&] { zepbmp::Bitmap::adopt(odd); });
     bmp_destroy(odd);
+    if constexpr (sizeof(void*) == 4) {
+        ::Bitmap* const wrapped = bmp_create(-16, 0, BMP_FMT_A8, 0);
+        ASSERT_NE(wrapped, nullptr);
+        refused<OutOfRange>("Bitmap::adopt: width is -16, must lie within 0..2147483632",
+                            [&] { zepbmp::Bitmap::adopt(wrapped); });
+        bmp_destroy(wrapped);
+    }
 }
 
 TEST_F(CppRules, ReadingABitmap) {
@@ -195,8 +210,11 @@ TEST_F(CppRules, Interporate) {
                           [&] { zepbmp::interporate(a8, gone, Parity::even); });
     refused<WrongFormat>("interporate: source is A8, must have as many bytes a pixel as YUY2",
                          [&] { zepbmp::interporate(yuy2, a8, Parity::even); });
-    refused<WrongSize>("interporate: source is 16x11, must be as large as destination (16x12)",
+    refused<WrongSize>("interporate: source is 16x11, must be at least as large as destination (16x12)",
                        [&] { zepbmp::interporate(yuy2, low_yuy2, Parity::even); });
+    refused<WrongSize>("interporate: source is 15x12, must be at least as large as destination (16x12)",
+                       [&] { zepbmp::interporate(yuy2, narrow_yuy2, Parity::even); });
+    zepbmp::interporate(low_yuy2, yuy2, Parity::even);
     refused<WrongChoice>("interporate: field is 2, must be one of the enumeration's values",
                          [&] { zepbmp::interporate(yuy2, yuy2, static_cast<Parity>(2)); });
 }

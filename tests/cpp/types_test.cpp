@@ -67,6 +67,8 @@ static_assert(!std::is_convertible_v<::Bitmap*, Bitmap>);
 static_assert(!std::is_convertible_v<int, Level> && !std::is_convertible_v<int, Weight>);
 static_assert(!std::is_constructible_v<Level, Weight> && !std::is_constructible_v<Weight, Level>);
 static_assert(!std::is_constructible_v<PaletteIndex, Level> && !std::is_convertible_v<Level, int>);
+static_assert(std::is_constructible_v<Level, int64_t> && !std::is_constructible_v<Level, double> &&
+              !std::is_constructible_v<Weight, float> && !std::is_constructible_v<PaletteIndex, Format>);
 
 // What is only read may be const; what is written may not.
 static_assert(CanClear<Target, Field> && !CanClear<Source, Field>);
