@@ -1,5 +1,7 @@
 /// \file
 /// Textured polygons with anti-aliased edges: spans go to a scratch line, which is blended in by coverage.
+#include <cstring>
+
 #include "mapping/polygon/antialiased_walk.h"
 #include "mapping/polygon/spans.h"
 
@@ -62,6 +64,7 @@ void draw_antialiased(const Target& target, const Texture& texture, const Kernel
     const SpanDrawer spans(texture, kernels, polygon, kSubLines, walk.edges(), walk.edge_count(),
                            arena.array<EdgeMapping>(extent.edges));
     uint8_t* const scratch = arena.array<uint8_t>(scratch_bytes);
+    std::memset(scratch, 0, scratch_bytes);  // what has no coverage is blended, too
     const Finisher finisher = finisher_of(texture.format);
     const Plane plane(target.plane);
 
