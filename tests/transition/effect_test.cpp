@@ -280,7 +280,7 @@ constexpr double kMixCut = 2;  // a mix cuts each of its two products down to a 
 
 std::vector<PlanePoint> flight_outline(int width, int height, double line_height, double progress) {
     std::vector<PlanePoint> corners;
-    for (const BmpVertex& corner : Stage(width, height, line_height).flying(progress, 0))
+    for (const BmpVertex& corner : effects::Stage(width, height, line_height).flying(progress, 0))
         corners.push_back({corner.x, corner.y});
     return corners;
 }

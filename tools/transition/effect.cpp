@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "effects/reach.h"
+
 namespace zepbmp::transition {
 
 namespace {
@@ -66,7 +68,7 @@ Effect::Effect(const EffectSettings& settings, int width, int height)
     : settings_(settings),
       width_px_(width),
       height_px_(height * settings.line_height_px),
-      corner_px_(std::hypot(width_px_ / 2, height_px_ / 2)),
+      corner_px_(effects::Reach(width_px_ / 2, height_px_ / 2, width_px_, height_px_).corner()),
       band_px_(corner_px_ * kBandShare),
       outline_px_(covering_scale(settings.outline, width_px_ / 2, height_px_ / 2)),
       stage_(width, height, settings.line_height_px),
@@ -211,8 +213,8 @@ void Effect::draw_shape(double progress, Field field) {
 // once more. So the picture is laid under itself before, without anti-aliasing and a few pixels wider: the edge is then
 // blended into its own colour, and only the composition's blend is left.
 void Effect::draw_flying(const Bitmap& b, double progress, Field field) {
-    const Quad quad = stage_.flying(progress, 0);
-    const double margin = std::min(kUnderpaintPx / thickness(quad), kMostMargin / progress);
+    const effects::Quad quad = stage_.flying(progress, 0);
+    const double margin = std::min(kUnderpaintPx / effects::thickness(quad), kMostMargin / progress);
     map_polygon(*scratch_, b, stage_.flying(progress, margin), {.field = field});
     clear(map_, field);
     map_polygon(*scratch_, b, quad, {.field = field, .sampling = Sampling::filtered_antialiased, .coverage = &map_});

@@ -4,9 +4,9 @@
 #include <optional>
 #include <vector>
 
+#include "effects/stage.h"
 #include "outline.h"
 #include "picture.h"
-#include "quad.h"
 #include "timeline.h"
 
 namespace zepbmp::transition {
@@ -52,7 +52,7 @@ private:
     double corner_px_;   // from the centre to a corner
     double band_px_;     // width of the colour band
     double outline_px_;  // shape only: factor by which the outline covers the frame
-    Stage stage_;
+    effects::Stage stage_;
     Bitmap map_;
     std::optional<Bitmap> outer_map_;  // band only
     std::optional<Bitmap> scratch_;    // shape, fly, zoom, push: colours under the weights of map_

@@ -5,6 +5,7 @@
 
 #include "error.h"
 #include "interrupt.h"
+#include "join.h"
 #include "libav.h"
 #include "options.h"
 #include "transition.h"
@@ -17,11 +18,15 @@ void complain(const char* message) { std::fprintf(stderr, "zepbmp-transition: %s
 
 int run(int argc, char** argv) {
     const CommandLine line = parse_command_line({argv + 1, argv + argc});
-    if (!line.run) {
+    if (line.run && line.run->count) {
+        std::printf("%lld\n", static_cast<long long>(count_frames(*line.run)));
+        return std::fflush(stdout) == 0 ? kExitDone : kExitFailed;
+    }
+    if (!line.run && !line.join) {
         std::fputs(line.text.c_str(), stdout);
         return std::fflush(stdout) == 0 ? kExitDone : kExitFailed;
     }
-    const Report report = make_transition(*line.run);
+    const Report report = line.join ? join_parts(*line.join) : make_transition(*line.run);
     for (const std::string& warning : report.warnings)
         complain(("warning: " + warning).c_str());
     std::printf("%s\n", report.summary.c_str());

@@ -192,7 +192,7 @@ void MediaWriter::add_video(const VideoInfo& video, FieldOrder fields) {
     }
 }
 
-void MediaWriter::add_sound(const SoundFormat& wished) {
+void MediaWriter::add_sound(const SoundFormat& given) {
     const AVOutputFormat* const format = container_->oformat;
     const AVCodec* const encoder = choose_encoder(format, {"aac"}, format->audio_codec);
     if (!encoder)
@@ -202,12 +202,13 @@ void MediaWriter::add_sound(const SoundFormat& wished) {
     if (!codec)
         throw std::bad_alloc();
 
-    sound_format_ = SoundFormat{choose_rate(encoder, wished.rate), choose_layout(encoder, wished.layout)};
-    codec->sample_rate = sound_format_->rate;
+    sound_format_ = given;
+    const ChannelLayout layout = choose_layout(encoder, given.layout);
+    codec->sample_rate = choose_rate(encoder, given.rate);
     codec->time_base = {1, codec->sample_rate};
     codec->sample_fmt = encoder->sample_fmts ? encoder->sample_fmts[0] : AV_SAMPLE_FMT_FLTP;
-    codec->bit_rate = kSoundBitsPerChannel * sound_format_->layout.channels();
-    check(av_channel_layout_copy(&codec->ch_layout, &sound_format_->layout.get()));
+    codec->bit_rate = kSoundBitsPerChannel * layout.channels();
+    check(av_channel_layout_copy(&codec->ch_layout, &layout.get()));
     if (format->flags & AVFMT_GLOBALHEADER)
         codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     if (const int result = avcodec_open2(codec, encoder, nullptr); result < 0)
@@ -216,9 +217,9 @@ void MediaWriter::add_sound(const SoundFormat& wished) {
 
     sound_stream_ = add_stream(codec);
     sound_piece_ = codec->frame_size > 0 ? codec->frame_size : kPieceOfUnframedSound;
-    sound_queue_.reset(av_audio_fifo_alloc(AV_SAMPLE_FMT_FLTP, sound_format_->layout.channels(), sound_piece_));
-    sound_converter_ = make_resampler(codec->sample_rate, codec->ch_layout, codec->sample_fmt, codec->sample_rate,
-                                      codec->ch_layout, AV_SAMPLE_FMT_FLTP);
+    sound_queue_.reset(av_audio_fifo_alloc(codec->sample_fmt, layout.channels(), sound_piece_));
+    sound_converter_ = make_resampler(codec->sample_rate, codec->ch_layout, codec->sample_fmt, given.rate,
+                                      given.layout.get(), AV_SAMPLE_FMT_FLTP);
     if (!sound_queue_)
         throw std::bad_alloc();
 }
@@ -245,21 +246,28 @@ void MediaWriter::write_picture(const Bitmap& picture) {
 }
 
 void MediaWriter::write_sound(float* const* channels, int count) {
-    std::vector<void*> planes(channels, channels + sound_format_->layout.channels());
-    if (av_audio_fifo_write(sound_queue_.get(), planes.data(), count) < 0)
-        throw std::bad_alloc();
+    convert_sound(channels, count);
     encode_sound(sound_piece_);
+}
+
+// Without channels, the rest that the resampler holds.
+void MediaWriter::convert_sound(float* const* channels, int count) {
+    const AVCodecContext* const codec = sound_codec_.get();
+    const int room = swr_get_out_samples(sound_converter_.get(), count) + 32;
+    const FramePtr out = make_sound_frame(room, codec->sample_rate, codec->ch_layout, codec->sample_fmt);
+    const auto in = const_cast<const uint8_t**>(reinterpret_cast<const uint8_t* const*>(channels));
+    const int got = swr_convert(sound_converter_.get(), out->extended_data, room, in, count);
+    check(got);
+    if (av_audio_fifo_write(sound_queue_.get(), reinterpret_cast<void**>(out->extended_data), got) < 0)
+        throw std::bad_alloc();
 }
 
 void MediaWriter::encode_sound(int at_least) {
     AVCodecContext* const codec = sound_codec_.get();
     while (av_audio_fifo_size(sound_queue_.get()) >= at_least) {
         const int count = std::min(av_audio_fifo_size(sound_queue_.get()), sound_piece_);
-        const FramePtr floats = make_sound_frame(count, codec->sample_rate, codec->ch_layout, AV_SAMPLE_FMT_FLTP);
-        av_audio_fifo_read(sound_queue_.get(), reinterpret_cast<void**>(floats->extended_data), count);
         const FramePtr frame = make_sound_frame(count, codec->sample_rate, codec->ch_layout, codec->sample_fmt);
-        check(swr_convert(sound_converter_.get(), frame->extended_data, count,
-                          const_cast<const uint8_t**>(floats->extended_data), count));
+        av_audio_fifo_read(sound_queue_.get(), reinterpret_cast<void**>(frame->extended_data), count);
         frame->pts = samples_;
         samples_ += count;
         encode(codec, sound_stream_, frame.get());
@@ -285,6 +293,7 @@ void MediaWriter::encode(AVCodecContext* codec, AVStream* stream, const AVFrame*
 void MediaWriter::finish() {
     encode(video_codec_.get(), video_stream_, nullptr);
     if (sound_codec_) {
+        convert_sound(nullptr, 0);
         encode_sound(1);
         encode(sound_codec_.get(), sound_stream_, nullptr);
     }

@@ -8,38 +8,29 @@
 #include <vector>
 
 #include "frame_converter.h"
+#include "frame_writer.h"
 #include "libav.h"
 #include "media_reader.h"
 #include "output_file.h"
 
 namespace zepbmp::transition {
 
-/// Writes a video file: pictures and sound in, compressed streams out. The file appears when commit() has returned;
-/// until then, and if anything fails, nothing is to be seen of it.
-class MediaWriter {
+/// Writes a video file: pictures and sound in, compressed streams out.
+class MediaWriter : public FrameWriter {
 public:
     /// `video` gives size, rate, shape of pixels and colours; `fields` the order of the fields in the file. The file's
-    /// ending decides the container. `sound` is what is wished for; see sound_format().
+    /// ending decides the container. `sound` is what write_sound takes; the encoder's is the nearest that it has.
     MediaWriter(const std::filesystem::path& place, bool overwrite, const VideoInfo& video, FieldOrder fields,
                 const std::optional<SoundFormat>& sound);
 
-    /// Format that write_sound takes: the one wished for, or the nearest that the encoder has.
+    /// Format that write_sound takes; nothing when the container takes no sound.
     const std::optional<SoundFormat>& sound_format() const { return sound_format_; }
 
-    /// "H.264, AAC" and the like, for messages.
-    std::string description() const;
-
-    /// The next picture: YUY2, of the video's size, its width rounded up to even.
-    void write_picture(const Bitmap& picture);
-
-    /// The next samples, planar floats.
-    void write_sound(float* const* channels, int count);
-
-    /// Writes what the encoders still hold and closes the file, which stays hidden.
-    void finish();
-
-    /// Puts the finished file in its place.
-    void commit() { file_.commit(); }
+    std::string description() const override;
+    void write_picture(const Bitmap& picture) override;
+    void write_sound(float* const* channels, int count) override;
+    void finish() override;
+    void commit() override { file_.commit(); }
 
 private:
     struct ContainerDeleter {
@@ -47,8 +38,9 @@ private:
     };
 
     void add_video(const VideoInfo& video, FieldOrder fields);
-    void add_sound(const SoundFormat& wished);
+    void add_sound(const SoundFormat& given);
     AVStream* add_stream(AVCodecContext* codec);
+    void convert_sound(float* const* channels, int count);
     void encode_sound(int at_least);
     void encode(AVCodecContext* codec, AVStream* stream, const AVFrame* frame);
     void check(int result) const;

@@ -38,6 +38,17 @@ Examples:
   a shape of one's own, whose corners stand in a text file
     zepbmp-transition beach.mp4 city.mov -o trip.mp4 --effect shape --points heart.txt --duration 2s
 
+  the same in two parts, which may be made at once and on two machines
+    zepbmp-transition beach.mp4 city.mov -o 1.mkv --effect box --duration 2s --frames 0:300
+    zepbmp-transition beach.mp4 city.mov -o 2.mkv --effect box --duration 2s --frames 300:612
+    zepbmp-transition join 1.mkv 2.mkv -o trip.mp4      (see zepbmp-transition join --help)
+
+Exit status: 0 done, 1 failed while working, 2 the request cannot be carried out, 128 + signal if interrupted.)";
+
+const char kJoinNotes[] =
+    R"(The output is what one run without --frames would have written: its encoder is given the same pictures and
+the same sound. Parts that belong to different transitions, are missing, overlap or are damaged are refused.
+
 Exit status: 0 done, 1 failed while working, 2 the request cannot be carried out, 128 + signal if interrupted.)";
 
 [[noreturn]] void refuse(const std::string& message) { throw Error(message, kExitRefused); }
@@ -51,6 +62,12 @@ Value choose(const char* what, const std::string& word, const std::array<std::pa
         all += (i == 0 ? "" : i + 1 < N ? ", " : " or ") + std::string(choices[i].first);
     }
     refuse("unknown " + std::string(what) + " '" + word + "': choose " + all);
+}
+
+template <class Value, size_t N>
+std::string name_among(const std::array<std::pair<const char*, Value>, N>& choices, Value value) {
+    return std::find_if(choices.begin(), choices.end(), [&](const auto& choice) { return choice.second == value; })
+        ->first;
 }
 
 constexpr std::array<std::pair<const char*, EffectKind>, 9> kEffects = {{{"crossfade", EffectKind::kCrossfade},
@@ -69,6 +86,24 @@ constexpr std::array<std::pair<const char*, FieldChoice>, 4> kFields = {{{"auto"
                                                                          {"top", FieldChoice::kTop},
                                                                          {"bottom", FieldChoice::kBottom},
                                                                          {"progressive", FieldChoice::kProgressive}}};
+
+/// Parses a command line; a text when it asks for one.
+std::optional<std::string> parse(CLI::App& app, std::vector<std::string> arguments) {
+    try {
+        std::reverse(arguments.begin(), arguments.end());
+        app.parse(arguments);
+    } catch (const CLI::CallForHelp&) {
+        return app.help();
+    } catch (const CLI::CallForVersion&) {
+        return app.version() + "\n";
+    } catch (const CLI::ParseError& error) {
+        std::string message = error.what();
+        if (const size_t end = message.find('\n'); end != std::string::npos)
+            message.resize(end);
+        refuse(message + " (see --help)");
+    }
+    return std::nullopt;
+}
 
 TimeValue time_option(const char* name, const std::string& text) {
     const std::optional<TimeValue> time = parse_time(text);
@@ -102,11 +137,55 @@ void refuse_same_file(const fs::path& output, const fs::path& other, const char*
         refuse(output.string() + ": the output would replace " + what);
 }
 
+CommandLine parse_join(std::vector<std::string> arguments) {
+    JoinOptions options;
+    std::vector<std::string> parts;
+    std::string output, sheet;
+    CLI::App app("Puts together what --frames has written: all parts of one transition, in any order.",
+                 "zepbmp-transition join");
+    app.footer(kJoinNotes);
+    app.get_formatter()->column_width(28);
+    app.add_option("PART", parts, "the parts, which together hold every frame once")->required();
+    app.add_option("-o,--output", output, "video to write; the ending decides the container")
+        ->required()
+        ->type_name("FILE");
+    CLI::Option* const sheet_option =
+        app.add_option("--sheet", sheet, "also write a contact sheet of the transition")->type_name("PNG");
+    app.add_flag("-y,--overwrite", options.overwrite, "replace output files that exist");
+    if (std::optional<std::string> text = parse(app, std::move(arguments)))
+        return {{}, {}, *std::move(text)};
+
+    options.parts.assign(parts.begin(), parts.end());
+    options.output = output;
+    const bool nameless = std::find(parts.begin(), parts.end(), "") != parts.end();
+    if (nameless || output.empty() || (*sheet_option && sheet.empty()))
+        refuse("a file name is empty");
+    if (*sheet_option) {
+        options.sheet = sheet;
+        refuse_same_file(*options.sheet, options.output, "the video just written");
+    }
+    for (const fs::path& part : options.parts) {
+        refuse_same_file(options.output, part, "a part");
+        if (options.sheet)
+            refuse_same_file(*options.sheet, part, "a part");
+    }
+    return {{}, options, {}};
+}
+
 }  // namespace
 
+std::string name_of(EffectKind effect) { return name_among(kEffects, effect); }
+std::string name_of(Direction direction) { return name_among(kDirections, direction); }
+std::string name_of(Ease ease) { return name_among(kEases, ease); }
+std::string name_of(FieldChoice fields) { return name_among(kFields, fields); }
+
 CommandLine parse_command_line(std::vector<std::string> arguments) {
+    if (!arguments.empty() && arguments.front() == "join") {
+        arguments.erase(arguments.begin());
+        return parse_join(std::move(arguments));
+    }
     Options options;
-    std::string input_a, input_b, output, sheet, points, effect, duration, at, color;
+    std::string input_a, input_b, output, sheet, points, effect, duration, at, color, frames, measures;
     std::string direction = "left", ease = "linear", fields = "auto";
     double feather = kDefaultFeatherPx;
 
@@ -118,9 +197,8 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
     app.get_formatter()->column_width(28);
     app.add_option("A", input_a, "first video; the output has its size, frame rate and fields")->required();
     app.add_option("B", input_b, "second video; scaled to the first one's size")->required();
-    app.add_option("-o,--output", output, "video to write; the ending decides the container")
-        ->required()
-        ->type_name("FILE");
+    CLI::Option* const output_option =
+        app.add_option("-o,--output", output, "video to write; the ending decides the container")->type_name("FILE");
     app.add_option("--effect", effect, "crossfade, box, circle, band, shape, fly, cube, zoom or push")
         ->required()
         ->type_name("NAME");
@@ -145,21 +223,21 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
         ->type_name("NAME");
     CLI::Option* const sheet_option =
         app.add_option("--sheet", sheet, "also write a contact sheet of the transition")->type_name("PNG");
+    CLI::Option* const frames_option =
+        app.add_option("--frames", frames,
+                       "only frames FIRST to END - 1 of the output, counted from 0; written to a .mkv without loss, "
+                       "for 'zepbmp-transition join'")
+            ->type_name("FIRST:END");
+    app.add_flag("--count", options.count, "only print the number of frames that the whole output has");
+    CLI::Option* const measures_option =
+        app.add_option("--measures", measures,
+                       "written with --count: what was found by reading the videos to their ends; read otherwise, "
+                       "instead of reading them")
+            ->type_name("FILE");
     app.add_flag("-y,--overwrite", options.overwrite, "replace output files that exist");
 
-    try {
-        std::reverse(arguments.begin(), arguments.end());
-        app.parse(arguments);
-    } catch (const CLI::CallForHelp&) {
-        return {std::nullopt, app.help()};
-    } catch (const CLI::CallForVersion&) {
-        return {std::nullopt, app.version() + "\n"};
-    } catch (const CLI::ParseError& error) {
-        std::string message = error.what();
-        if (const size_t end = message.find('\n'); end != std::string::npos)
-            message.resize(end);
-        refuse(message + " (see --help)");
-    }
+    if (std::optional<std::string> text = parse(app, std::move(arguments)))
+        return {{}, {}, *std::move(text)};
 
     options.input_a = input_a;
     options.input_b = input_b;
@@ -189,9 +267,39 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
         refuse("--effect shape needs --points FILE");
     if (*direction_option && options.effect != EffectKind::kPush)
         refuse("--direction has a meaning for --effect push only");
-    if (input_a.empty() || input_b.empty() || output.empty() || (*sheet_option && sheet.empty()) ||
-        (*points_option && points.empty()))
+    if (options.count && (*output_option || *sheet_option || *frames_option))
+        refuse("--count writes no video: --output, --sheet and --frames have no meaning with it");
+    if (!options.count && !*output_option)
+        refuse("--output is required (see --help)");
+    if (input_a.empty() || input_b.empty() || (*output_option && output.empty()) || (*sheet_option && sheet.empty()) ||
+        (*points_option && points.empty()) || (*measures_option && measures.empty()))
         refuse("a file name is empty");
+    if (*frames_option) {
+        options.frames = parse_frame_range(frames);
+        if (!options.frames)
+            refuse("--frames '" + frames +
+                   "' is not a range FIRST:END such as 0:250, the second number the larger one");
+        if (*sheet_option)
+            refuse("--sheet has no meaning with --frames: give it to 'zepbmp-transition join'");
+        if (options.output.extension() != ".mkv")
+            refuse(output + ": a part's ending is .mkv");
+    }
+    if (*measures_option) {
+        options.measures = measures;
+        if (options.count) {
+            refuse_same_file(*options.measures, options.input_a, "the first video");
+            refuse_same_file(*options.measures, options.input_b, "the second video");
+        } else {
+            refuse_same_file(options.output, *options.measures, "the measures");
+        }
+    }
+    if (*points_option)
+        options.points = points;
+    if (options.count) {
+        if (options.points && options.measures)
+            refuse_same_file(*options.measures, *options.points, "the shape's corners");
+        return {options, {}, {}};
+    }
     refuse_same_file(options.output, options.input_a, "the first video");
     refuse_same_file(options.output, options.input_b, "the second video");
     if (*sheet_option) {
@@ -200,13 +308,12 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
         refuse_same_file(*options.sheet, options.input_b, "the second video");
         refuse_same_file(*options.sheet, options.output, "the video just written");
     }
-    if (*points_option) {
-        options.points = points;
+    if (options.points) {
         refuse_same_file(options.output, *options.points, "the shape's corners");
         if (options.sheet)
             refuse_same_file(*options.sheet, *options.points, "the shape's corners");
     }
-    return {options, {}};
+    return {options, {}, {}};
 }
 
 }  // namespace zepbmp::transition

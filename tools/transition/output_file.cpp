@@ -42,6 +42,15 @@ OutputFile::~OutputFile() {
 
 void OutputFile::commit() {
     const char* from = temporary_name_.c_str();
+    // Under its own name there is a whole file, even after the machine has lost its power.
+    const int file = open(from, O_RDONLY | O_CLOEXEC);
+    if (file < 0 || fsync(file) != 0) {
+        const int reason = errno;
+        if (file >= 0)
+            close(file);
+        throw Error(place_.string() + ": cannot be written: " + std::strerror(reason));
+    }
+    close(file);
     int result = renameat2(AT_FDCWD, from, AT_FDCWD, place_.c_str(), overwrite_ ? 0 : RENAME_NOREPLACE);
     if (result != 0 && errno == EINVAL)  // a file system that knows no RENAME_NOREPLACE
         result = rename(from, place_.c_str());

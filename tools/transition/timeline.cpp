@@ -46,6 +46,10 @@ std::string seconds_text(int64_t frames, FrameRate rate) {
 
 }  // namespace
 
+int64_t sample_at(int64_t frame, FrameRate rate, int sound_rate) {
+    return std::llround(static_cast<double>(frame) * rate.den * sound_rate / rate.num);
+}
+
 int64_t TimeValue::frames(FrameRate rate) const {
     return std::llround(in_frames ? value : value * rate.num / rate.den);
 }
@@ -82,6 +86,18 @@ std::optional<TimeValue> parse_time(const std::string& text) {
         seconds = *number * unit;
     }
     return seconds <= kLongestSeconds ? std::optional(TimeValue{seconds, false}) : std::nullopt;
+}
+
+std::optional<FrameRange> parse_frame_range(const std::string& text) {
+    const std::string_view whole = text;
+    const size_t colon = whole.find(':');
+    if (colon == std::string_view::npos)
+        return std::nullopt;
+    const std::optional<double> first = parse_number(whole.substr(0, colon), Digits::kWhole);
+    const std::optional<double> end = parse_number(whole.substr(colon + 1), Digits::kWhole);
+    if (!first || !end || *first >= *end)
+        return std::nullopt;
+    return FrameRange{static_cast<int64_t>(*first), static_cast<int64_t>(*end)};
 }
 
 double Timeline::progress(double moment) const {

@@ -13,6 +13,9 @@ struct FrameRate {
     double per_second() const { return static_cast<double>(num) / den; }
 };
 
+/// The sample with which a frame's sound begins; it ends before the next frame's.
+int64_t sample_at(int64_t frame, FrameRate rate, int sound_rate);
+
 /// A time as the user wrote it: seconds, or a count of frames.
 struct TimeValue {
     double value = 0;
@@ -38,6 +41,18 @@ struct Timeline {
     /// Part of the transition that is over at a moment, 0..1; `moment` in frames from the output's start.
     double progress(double moment) const;
 };
+
+/// Frames `first` to `end` - 1 of the output.
+struct FrameRange {
+    int64_t first = 0;
+    int64_t end = 0;
+
+    int64_t count() const { return end - first; }
+    std::string text() const { return std::to_string(first) + ":" + std::to_string(end); }
+};
+
+/// Reads "100:250". Nothing when the text is no such range, or an empty one.
+std::optional<FrameRange> parse_frame_range(const std::string& text);
 
 /// Lays out the output; `at` missing means that the transition ends with A. Refuses (Error) what does not fit.
 Timeline make_timeline(const TimeValue& duration, const std::optional<TimeValue>& at, int64_t frames_a,

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <memory>
+#include <sstream>
 
 #include "audio_fade.h"
 #include "contact_sheet.h"
@@ -11,9 +12,12 @@
 #include "error.h"
 #include "frame_converter.h"
 #include "interrupt.h"
+#include "measure.h"
 #include "media_reader.h"
 #include "media_writer.h"
+#include "part_file.h"
 #include "progress_bar.h"
+#include "sound_buffer.h"
 
 namespace zepbmp::transition {
 
@@ -57,7 +61,7 @@ public:
     /// second one of a frame was taken half a frame later than the first one.
     const Bitmap& at(double seconds, Field field) {
         if (field != kWholeFrame && interlaced(order_) && field != first_field(order_))
-            seconds -= 0.5 / reader_.info().rate.per_second();
+            seconds -= half_frame_seconds();
         const AVFrame* const frame = reader_.frame_at(seconds);
         if (converted_ != reader_.frame_number()) {
             converter_.convert(*frame, picture_);
@@ -66,13 +70,21 @@ public:
         return picture_;
     }
 
+    /// Spares decoding what no call from `seconds` on asks for.
+    void skip_to(double seconds) { reader_.skip_to(seconds - half_frame_seconds()); }
+
 private:
+    double half_frame_seconds() const { return 0.5 / reader_.info().rate.per_second(); }
+
     VideoReader& reader_;
     FieldOrder order_;
     FrameConverter converter_;
     Bitmap picture_;
     int64_t converted_ = 0;
 };
+
+/// Whether a part's beginning is sought in the inputs, or reached by decoding all that comes before.
+enum class Seeking { kAllowed, kForbidden };
 
 /// Composes the output's pictures one after another.
 class PictureTrack {
@@ -88,6 +100,22 @@ public:
           effect_(effect_settings(options, reader_a.info()), picture_.width(), picture_.height()) {}
 
     FieldOrder order() const { return order_; }
+
+    /// Prepares make() for a frame other than the first one. The frame before it is made, too: in it a source may have
+    /// been asked for a later moment than in the frame itself.
+    void begin_at(int64_t frame, Seeking seeking) {
+        if (frame == 0)
+            return;
+        if (seeking == Seeking::kAllowed) {
+            const double begin_b = static_cast<double>(timeline_.at);
+            const double before = static_cast<double>(frame - 1);
+            if (timeline_.shows_a(frame - 1))
+                a_.skip_to(before / rate_.per_second());
+            if (timeline_.shows_b(frame - 1))
+                b_.skip_to((before - begin_b) / rate_.per_second());
+        }
+        make(frame - 1);
+    }
 
     const Bitmap& make(int64_t frame) {
         if (!interlaced(order_)) {
@@ -135,20 +163,6 @@ private:
     Effect effect_;
 };
 
-/// Samples of all channels, planar.
-class SoundBuffer {
-public:
-    SoundBuffer(int channels, int count) : samples_(static_cast<size_t>(channels) * count), channels_(channels) {
-        for (int c = 0; c < channels; ++c)
-            channels_[c] = samples_.data() + static_cast<size_t>(c) * count;
-    }
-    float* const* channels() const { return channels_.data(); }
-
-private:
-    std::vector<float> samples_;
-    std::vector<float*> channels_;
-};
-
 /// Fades the sound of one file into that of the other.
 class SoundTrack {
 public:
@@ -162,11 +176,19 @@ public:
         b_ = std::make_unique<SoundReader>(options.input_b, format_, video.info().start_seconds);
     }
 
+    /// Prepares write() for a frame other than the first one.
+    void begin_at(int64_t frame) {
+        if (a_ && timeline_.shows_a(frame))
+            a_->skip(begin_of(frame));
+        if (b_ && timeline_.shows_b(frame))
+            b_->skip(begin_of(frame) - begin_of(timeline_.at));
+    }
+
     /// Writes the samples that belong to a frame.
-    void write(int64_t frame, MediaWriter& writer) {
-        const SoundFade fade{sample_at(timeline_.at), sample_at(timeline_.at + timeline_.duration)};
-        const int64_t begin = sample_at(frame);
-        const int count = static_cast<int>(sample_at(frame + 1) - begin);
+    void write(int64_t frame, FrameWriter& writer) {
+        const SoundFade fade{begin_of(timeline_.at), begin_of(timeline_.at + timeline_.duration)};
+        const int64_t begin = begin_of(frame);
+        const int count = static_cast<int>(begin_of(frame + 1) - begin);
         if (count == 0)
             return;
         const int channels = format_.layout.channels();
@@ -184,9 +206,7 @@ public:
     int damaged_packets_b() const { return b_ ? b_->damaged_packets() : 0; }
 
 private:
-    int64_t sample_at(int64_t frame) const {
-        return std::llround(static_cast<double>(frame) * rate_.den * format_.rate / rate_.num);
-    }
+    int64_t begin_of(int64_t frame) const { return sample_at(frame, rate_, format_.rate); }
 
     SoundFormat format_;
     Timeline timeline_;
@@ -205,79 +225,155 @@ void refuse_different_rotation(const VideoInfo& a, const VideoInfo& b) {
     throw Error(text, kExitRefused);
 }
 
-std::string summary(const Options& options, const VideoInfo& info, FieldOrder order, int64_t frames,
-                    const std::string& codecs) {
-    char text[160];
-    std::snprintf(text, sizeof text, ": %lld frames, %.2f s, %dx%d, %.5g frames/s, %s, ",
-                  static_cast<long long>(frames), static_cast<double>(frames) / info.rate.per_second(), info.width,
-                  info.height, info.rate.per_second(),
-                  order == FieldOrder::kProgressive ? "progressive"
-                  : order == FieldOrder::kTopFirst  ? "top field first"
-                                                    : "bottom field first");
-    return options.output.string() + text + codecs;
-}
-
 void warn_of_damage(std::vector<std::string>& warnings, const std::filesystem::path& path, int packets) {
     if (packets > 0)
         warnings.push_back(path.string() + ": " + std::to_string(packets) + " of its packets cannot be decoded");
 }
 
-}  // namespace
+VideoMeasure measure_of(const Options& options, const std::filesystem::path& video) {
+    return options.measures && !options.count ? read_measure(*options.measures, video) : measure_video(video);
+}
 
-Report make_transition(const Options& options) {
-    VideoReader video_a(options.input_a);
-    VideoReader video_b(options.input_b);
-    const VideoInfo& info = video_a.info();
-    refuse_different_rotation(info, video_b.info());
-    const Timeline timeline =
-        make_timeline(options.duration, options.at, video_a.frames(info.rate), video_b.frames(info.rate), info.rate);
+/// The two videos, and where their frames lie.
+struct Inputs {
+    explicit Inputs(const Options& options)
+        : a(options.input_a, measure_of(options, options.input_a)),
+          b(options.input_b, measure_of(options, options.input_b)) {
+        refuse_different_rotation(a.info(), b.info());
+        const FrameRate rate = a.info().rate;
+        timeline = make_timeline(options.duration, options.at, a.frames(rate), b.frames(rate), rate);
+    }
 
+    VideoReader a;
+    VideoReader b;
+    Timeline timeline;
+};
+
+/// All that the output's pictures and sound depend on, but for what stands in every part's header anyway.
+std::string request_text(const Options& options, const Inputs& inputs) {
+    std::ostringstream text;
+    text << "version=" << ZEPBMP_TOOL_VERSION << "\nlibraries=avcodec " << avcodec_version() << ", avformat "
+         << avformat_version() << ", swscale " << swscale_version() << ", swresample " << swresample_version()
+         << "\nfirst video=" << fingerprint(options.input_a) << "\nsecond video=" << fingerprint(options.input_b)
+         << "\neffect=" << name_of(options.effect) << '\n'
+         << std::hexfloat << "feather=" << options.feather_px << "\ncolour=" << std::hex << options.color_rgb
+         << std::dec << "\ndirection=" << name_of(options.direction) << "\nease=" << name_of(options.ease)
+         << "\nfields of both=" << name_of(options.fields) << "\nlengths=" << inputs.a.info().length_seconds << ' '
+         << inputs.b.info().length_seconds << '\n';
+    if (options.points)
+        text << "points=" << fingerprint(*options.points) << '\n';
+    return text.str();
+}
+
+FrameRange frames_of(const Options& options, const Timeline& timeline) {
+    const FrameRange range = options.frames.value_or(FrameRange{0, timeline.total});
+    if (range.end > timeline.total)
+        throw Error(
+            "--frames " + range.text() + " reaches beyond the output's " + std::to_string(timeline.total) + " frames",
+            kExitRefused);
+    return range;
+}
+
+Report render(const Options& options, Seeking seeking) {
+    Inputs inputs(options);
+    const Timeline& timeline = inputs.timeline;
+    const FrameRange range = frames_of(options, timeline);
+    const VideoInfo& info = inputs.a.info();
     const std::optional<SoundFormat> sound_a = find_sound(options.input_a);
     const std::optional<SoundFormat> sound_b = find_sound(options.input_b);
-    PictureTrack pictures(options, video_a, video_b, timeline);
-    MediaWriter writer(options.output, options.overwrite, info, pictures.order(), sound_a ? sound_a : sound_b);
+    std::optional<SoundFormat> sound_format = sound_a ? sound_a : sound_b;
+    PictureTrack pictures(options, inputs.a, inputs.b, timeline);
+
+    std::unique_ptr<FrameWriter> writer;
+    if (options.frames) {
+        const PartHeader header{range, request_text(options, inputs), timeline, info, pictures.order(), sound_format};
+        writer = std::make_unique<PartWriter>(options.output, options.overwrite, header);
+    } else {
+        auto media =
+            std::make_unique<MediaWriter>(options.output, options.overwrite, info, pictures.order(), sound_format);
+        sound_format = media->sound_format();
+        writer = std::move(media);
+    }
     std::optional<SoundTrack> sound;
-    if (writer.sound_format()) {
-        sound.emplace(*writer.sound_format(), timeline, info.rate);
-        if (sound_a)
-            sound->open_a(options, video_a);
-        if (sound_b)
-            sound->open_b(options, video_b);
+    if (sound_format) {
+        sound.emplace(*sound_format, timeline, info.rate);
+        if (sound_a && timeline.shows_a(range.first))
+            sound->open_a(options, inputs.a);
+        if (sound_b && timeline.shows_b(range.end - 1))
+            sound->open_b(options, inputs.b);
     }
     std::optional<ContactSheet> sheet;
     if (options.sheet)
         sheet.emplace(*options.sheet, options.overwrite, timeline, info.width, info.height, info.line_height_px(),
                       known_matrix(info.matrix, info.height));
 
+    pictures.begin_at(range.first, seeking);
+    if (sound)
+        sound->begin_at(range.first);
     {
-        ProgressBar progress(timeline.total);
-        for (int64_t frame = 0; frame < timeline.total; ++frame) {
+        ProgressBar progress(range.count());
+        for (int64_t frame = range.first; frame < range.end; ++frame) {
             check_interrupt();
             const Bitmap& picture = pictures.make(frame);
-            writer.write_picture(picture);
+            writer->write_picture(picture);
             if (sound)
-                sound->write(frame, writer);
+                sound->write(frame, *writer);
             if (sheet)
                 sheet->offer(frame, picture);
-            progress.update(frame + 1);
+            progress.update(frame - range.first + 1);
         }
     }
     // Both files are whole before either takes its place, so that a failure or an interrupt leaves neither.
-    writer.finish();
+    writer->finish();
     if (sheet)
         sheet->finish();
     check_interrupt();
-    writer.commit();
+    writer->commit();
     if (sheet)
         sheet->commit();
 
     Report report;
-    report.summary = summary(options, info, pictures.order(), timeline.total, writer.description());
+    report.summary = options.output.string() + ": ";
+    if (options.frames)
+        report.summary += "frames " + range.text() + " of " + std::to_string(timeline.total) + ": ";
+    report.summary += describe_output(range.count(), info, pictures.order()) + ", " + writer->description();
     warn_of_damage(report.warnings, options.input_a,
-                   video_a.damaged_packets() + (sound ? sound->damaged_packets_a() : 0));
+                   inputs.a.damaged_packets() + (sound ? sound->damaged_packets_a() : 0));
     warn_of_damage(report.warnings, options.input_b,
-                   video_b.damaged_packets() + (sound ? sound->damaged_packets_b() : 0));
+                   inputs.b.damaged_packets() + (sound ? sound->damaged_packets_b() : 0));
     return report;
+}
+
+}  // namespace
+
+std::string describe_output(int64_t frames, const VideoInfo& video, FieldOrder order) {
+    char text[160];
+    std::snprintf(text, sizeof text, "%lld %s, %.2f s, %dx%d, %.5g frames/s, %s", static_cast<long long>(frames),
+                  frames == 1 ? "frame" : "frames", static_cast<double>(frames) / video.rate.per_second(), video.width,
+                  video.height, video.rate.per_second(),
+                  order == FieldOrder::kProgressive ? "progressive"
+                  : order == FieldOrder::kTopFirst  ? "top field first"
+                                                    : "bottom field first");
+    return text;
+}
+
+Report make_transition(const Options& options) {
+    try {
+        return render(options, options.frames ? Seeking::kAllowed : Seeking::kForbidden);
+    } catch (const SeekDoubt& doubt) {
+        Report report = render(options, Seeking::kForbidden);
+        report.warnings.push_back(std::string(doubt.what()) +
+                                  ": was decoded from its beginning, since seeking in it is not exact");
+        return report;
+    }
+}
+
+int64_t count_frames(const Options& options) {
+    const Inputs inputs(options);
+    if (options.measures)
+        write_measures(*options.measures, options.overwrite, options.input_a, inputs.a.measure(), options.input_b,
+                       inputs.b.measure());
+    return inputs.timeline.total;
 }
 
 }  // namespace zepbmp::transition

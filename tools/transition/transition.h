@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "media_reader.h"
 #include "options.h"
 
 namespace zepbmp::transition {
@@ -12,7 +13,13 @@ struct Report {
     std::vector<std::string> warnings;  // one line each
 };
 
-/// Makes the video, and the contact sheet if one is asked for. Throws Error or Interrupted; then nothing was written.
+/// Makes the video, or a part of it, and the contact sheet if one is asked for. Throws Error or Interrupted; then nothing was written.
 Report make_transition(const Options& options);
+
+/// The number of frames of the whole output. Writes the measures if asked for.
+int64_t count_frames(const Options& options);
+
+/// "300 frames, 12.00 s, 1920x1080, 25 frames/s, progressive"
+std::string describe_output(int64_t frames, const VideoInfo& video, FieldOrder order);
 
 }  // namespace zepbmp::transition

@@ -1,10 +1,12 @@
-#include "quad.h"
+#include "effects/stage.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
-namespace zepbmp::transition {
+#include "effects/trigonometry.h"
+
+namespace zepbmp::effects {
 
 namespace {
 
@@ -32,7 +34,7 @@ Stage::Stage(int width, int height, double line_height_px)
       line_height_px_(line_height_px),
       distance_px_(std::max(width_px_, height_px_ * kLeastDistance)) {}
 
-Vertex Stage::seen(const Point& point, double u, double v) const {
+BmpVertex Stage::seen(const Point& point, double u, double v) const {
     const double w = distance_px_ / (distance_px_ + point.z);
     return {static_cast<float>(u), static_cast<float>(v), static_cast<float>(w),
             static_cast<float>(width_px_ / 2 + w * point.x),
@@ -49,9 +51,9 @@ Quad Stage::flying(double progress, double margin) const {
     for (size_t i = 0; i < quad.size(); ++i) {
         const double part_x = kCorners[i].x * (0.5 + margin), part_y = kCorners[i].y * (0.5 + margin);
         const double x = part_x * width_px_, y = part_y * height_px_;
-        const double y_turned = y * std::cos(pitch), z_turned = y * std::sin(pitch);
-        const Point corner = {centre.x + x * std::cos(yaw) - z_turned * std::sin(yaw), centre.y + y_turned,
-                              centre.z + x * std::sin(yaw) + z_turned * std::cos(yaw)};
+        const double y_turned = y * cosine(pitch), z_turned = y * sine(pitch);
+        const Point corner = {centre.x + x * cosine(yaw) - z_turned * sine(yaw), centre.y + y_turned,
+                              centre.z + x * sine(yaw) + z_turned * cosine(yaw)};
         quad[i] = seen(corner, (part_x + 0.5) * width_px_, (part_y + 0.5) * height_px_ / line_height_px_);
     }
     return quad;
@@ -61,14 +63,14 @@ Quad Stage::cube_side(double turn, int side) const {
     const double angle = turn * std::numbers::pi / 2;
     const double half = width_px_ / 2;
     // The axis; the edge between the two sides then has z = 0.
-    const double axis_z = half * (std::cos(angle) + std::sin(angle));
+    const double axis_z = half * (cosine(angle) + sine(angle));
     Quad quad;
     for (size_t i = 0; i < quad.size(); ++i) {
         // The sides as they stand at turn 0: the front from left to right, the right side from the front backward.
         const double x = side == 0 ? kCorners[i].x * half : half;
         const double z = side == 0 ? -half : kCorners[i].x * half;
-        const Point corner = {x * std::cos(angle) + z * std::sin(angle), kCorners[i].y * height_px_ / 2,
-                              axis_z - x * std::sin(angle) + z * std::cos(angle)};
+        const Point corner = {x * cosine(angle) + z * sine(angle), kCorners[i].y * height_px_ / 2,
+                              axis_z - x * sine(angle) + z * cosine(angle)};
         quad[i] = seen(corner, (kCorners[i].x + 1) * half, (kCorners[i].y + 1) * height_px_ / 2 / line_height_px_);
     }
     return quad;
@@ -77,15 +79,15 @@ Quad Stage::cube_side(double turn, int side) const {
 double thickness(const Quad& quad) {
     double least = INFINITY;
     for (size_t i = 0; i < quad.size(); ++i) {
-        const Vertex& from = quad[i];
-        const Vertex& to = quad[(i + 1) % 4];
+        const BmpVertex& from = quad[i];
+        const BmpVertex& to = quad[(i + 1) % 4];
         const double dx = to.x - from.x, dy = to.y - from.y;
         for (size_t k : {(i + 2) % 4, (i + 3) % 4}) {
             const double area = dx * (quad[k].y - from.y) - dy * (quad[k].x - from.x);
-            least = std::min(least, std::abs(area) / std::hypot(dx, dy));
+            least = std::min(least, std::abs(area) / std::sqrt(dx * dx + dy * dy));
         }
     }
     return least;
 }
 
-}  // namespace zepbmp::transition
+}  // namespace zepbmp::effects

@@ -1,10 +1,10 @@
-#include "quad.h"
+#include "effects/stage.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-namespace zepbmp::transition {
+namespace zepbmp::effects {
 namespace {
 
 constexpr struct {
@@ -16,7 +16,7 @@ constexpr struct {
 void expect_whole_frame(const Quad& quad, int width, int height) {
     const float x[] = {0, 1, 1, 0}, y[] = {0, 0, 1, 1};
     for (size_t i = 0; i < quad.size(); ++i) {
-        const Vertex& corner = quad[i];
+        const BmpVertex& corner = quad[i];
         EXPECT_NEAR(corner.x, x[i] * static_cast<float>(width), 1e-3);
         EXPECT_NEAR(corner.y, y[i] * static_cast<float>(height), 1e-3);
         EXPECT_NEAR(corner.u, x[i] * static_cast<float>(width), 1e-3);
@@ -31,7 +31,7 @@ struct Sample {
     double u, v, w;
 };
 Sample sample_at(const Quad& quad, double x, double y) {
-    const Vertex &p = quad[0], &q = quad[1], &r = quad[2];
+    const BmpVertex &p = quad[0], &q = quad[1], &r = quad[2];
     const double qx = q.x - p.x, qy = q.y - p.y, rx = r.x - p.x, ry = r.y - p.y;
     const double area = qx * ry - qy * rx;
     const double to_q = ((x - p.x) * ry - (y - p.y) * rx) / area;
@@ -43,13 +43,13 @@ Sample sample_at(const Quad& quad, double x, double y) {
     return {linear(p.u * p.w, q.u * q.w, r.u * r.w) / w, linear(p.v * p.w, q.v * q.w, r.v * r.w) / w, w};
 }
 
-TEST(QuadTest, FlightEndsAtTheFrame) {
+TEST(StageTest, FlightEndsAtTheFrame) {
     for (const auto& frame : kFrames)
         expect_whole_frame(Stage(frame.width, frame.height, frame.line_height_px).flying(1, 0), frame.width,
                            frame.height);
 }
 
-TEST(QuadTest, FlightBeginsTinyAndTurnedAway) {
+TEST(StageTest, FlightBeginsTinyAndTurnedAway) {
     for (const auto& frame : kFrames) {
         const Quad quad = Stage(frame.width, frame.height, frame.line_height_px).flying(1e-4, 0);
         const double width = quad[1].x - quad[0].x, height = (quad[3].y - quad[0].y) * frame.line_height_px;
@@ -62,13 +62,13 @@ TEST(QuadTest, FlightBeginsTinyAndTurnedAway) {
     }
 }
 
-TEST(QuadTest, FlyingPictureStaysBehindTheFrameAndNeverTurnsOver) {
+TEST(StageTest, FlyingPictureStaysBehindTheFrameAndNeverTurnsOver) {
     for (const auto& frame : kFrames) {
         const Stage stage(frame.width, frame.height, frame.line_height_px);
         for (int step = 1; step < 1000; ++step) {
             const Quad quad = stage.flying(step / 1000.0, 0);
             for (size_t i = 0; i < 4; ++i) {
-                const Vertex &p = quad[i], &q = quad[(i + 1) % 4], &r = quad[(i + 2) % 4];
+                const BmpVertex &p = quad[i], &q = quad[(i + 1) % 4], &r = quad[(i + 2) % 4];
                 EXPECT_GT((q.x - p.x) * (r.y - q.y) - (q.y - p.y) * (r.x - q.x), 0) << step << " corner " << i;
                 EXPECT_GT(p.w, 0) << step;
             }
@@ -78,12 +78,12 @@ TEST(QuadTest, FlyingPictureStaysBehindTheFrameAndNeverTurnsOver) {
 }
 
 // What a margin adds lies in the picture's plane: every point of the picture keeps its place.
-TEST(QuadTest, MarginMovesNothing) {
+TEST(StageTest, MarginMovesNothing) {
     for (const auto& frame : kFrames) {
         const Stage stage(frame.width, frame.height, frame.line_height_px);
         for (double progress : {0.05, 0.3, 0.7, 0.99}) {
             const Quad quad = stage.flying(progress, 0), wide = stage.flying(progress, 0.2);
-            for (const Vertex& corner : quad) {
+            for (const BmpVertex& corner : quad) {
                 const Sample sample = sample_at(wide, corner.x, corner.y);
                 EXPECT_NEAR(sample.u, corner.u, 2e-3 * frame.width / progress);
                 EXPECT_NEAR(sample.v, corner.v, 2e-3 * frame.height / progress);
@@ -95,7 +95,7 @@ TEST(QuadTest, MarginMovesNothing) {
     }
 }
 
-TEST(QuadTest, CubeShowsOneSideAtEachEnd) {
+TEST(StageTest, CubeShowsOneSideAtEachEnd) {
     for (const auto& frame : kFrames) {
         const Stage stage(frame.width, frame.height, frame.line_height_px);
         expect_whole_frame(stage.cube_front(0), frame.width, frame.height);
@@ -103,7 +103,7 @@ TEST(QuadTest, CubeShowsOneSideAtEachEnd) {
     }
 }
 
-TEST(QuadTest, CubeSidesShareTheirEdgeAndStayInTheFrame) {
+TEST(StageTest, CubeSidesShareTheirEdgeAndStayInTheFrame) {
     for (const auto& frame : kFrames) {
         const Stage stage(frame.width, frame.height, frame.line_height_px);
         for (int step = 0; step <= 100; ++step) {
@@ -117,7 +117,7 @@ TEST(QuadTest, CubeSidesShareTheirEdgeAndStayInTheFrame) {
             EXPECT_NEAR(front[1].y, 0, 1e-3);
             EXPECT_NEAR(front[2].y, frame.height, 1e-3);
             for (const Quad& quad : {front, right})
-                for (const Vertex& corner : quad) {
+                for (const BmpVertex& corner : quad) {
                     EXPECT_GE(corner.x, -1e-3);
                     EXPECT_LE(corner.x, static_cast<float>(frame.width) + 1e-3);
                     EXPECT_GE(corner.y, -1e-3);
@@ -127,7 +127,7 @@ TEST(QuadTest, CubeSidesShareTheirEdgeAndStayInTheFrame) {
     }
 }
 
-TEST(QuadTest, CubeTurnsAlikeBothWays) {
+TEST(StageTest, CubeTurnsAlikeBothWays) {
     const Stage stage(96, 64, 1);
     for (double turn : {0.1, 0.4, 0.5, 0.8}) {
         const Quad front = stage.cube_front(turn), right = stage.cube_right(1 - turn);
@@ -140,8 +140,8 @@ TEST(QuadTest, CubeTurnsAlikeBothWays) {
     }
 }
 
-TEST(QuadTest, ThicknessIsTheShorterWayAcross) {
-    const auto corner = [](float x, float y) { return Vertex{0, 0, 1, x, y}; };
+TEST(StageTest, ThicknessIsTheShorterWayAcross) {
+    const auto corner = [](float x, float y) { return BmpVertex{0, 0, 1, x, y}; };
     EXPECT_DOUBLE_EQ(thickness({corner(0, 0), corner(7, 0), corner(7, 3), corner(0, 3)}), 3);
     EXPECT_DOUBLE_EQ(thickness({corner(0, 0), corner(10, 0), corner(14, 3), corner(4, 3)}), 3);
     EXPECT_NEAR(thickness({corner(0, 0), corner(4, 4), corner(3, 5), corner(-1, 1)}), std::sqrt(2), 1e-12);
@@ -149,4 +149,4 @@ TEST(QuadTest, ThicknessIsTheShorterWayAcross) {
 }
 
 }  // namespace
-}  // namespace zepbmp::transition
+}  // namespace zepbmp::effects

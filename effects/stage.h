@@ -1,13 +1,16 @@
+/// \file
+/// Pictures placed in space, and how they are seen.
 #pragma once
 
 #include <array>
+#include <cstddef>
 
-#include "zepbmp.hpp"
+#include "zepbmp.h"
 
-namespace zepbmp::transition {
+namespace zepbmp::effects {
 
-/// A picture in space as map_polygon takes it. Corners: top left, top right, bottom right, bottom left.
-using Quad = std::array<Vertex, 4>;
+/// A picture in space as bmp_map_polygon takes it. Corners: top left, top right, bottom right, bottom left.
+using Quad = std::array<BmpVertex, 4>;
 
 /// Places pictures of the frame's size in space and looks at them from one frame width before the frame's centre; from
 /// a quarter of the height where that is more.
@@ -38,7 +41,7 @@ private:
     Quad cube_side(double turn, int side) const;
 
     /// Where a point is seen, and which texture position is seen there. w is 1 in the frame's plane, less behind it.
-    Vertex seen(const Point& point, double u, double v) const;
+    BmpVertex seen(const Point& point, double u, double v) const;
 
     double width_px_;
     double height_px_;
@@ -50,4 +53,4 @@ private:
 /// begin or end there.
 double thickness(const Quad& quad);
 
-}  // namespace zepbmp::transition
+}  // namespace zepbmp::effects
