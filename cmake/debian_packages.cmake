@@ -1,11 +1,12 @@
-# Debian packages of the three components, by CPack:
+# Debian packages of the four components, by CPack:
 #   libzepbmp1      runtime       the shared library
 #   libzepbmp-dev   development   headers, static library, CMake package, .pc file, documents, examples
 #   zepbmp-tools    tools         zepbmp-transition
+#   zepbmp-frei0r   frei0r        plug-ins for video editors
 # Configured with ZEPBMP_DEBIAN_PACKAGES, which scripts/package sets; times are those of SOURCE_DATE_EPOCH.
-if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr" OR NOT ZEPBMP_TOOLS)
-    message(FATAL_ERROR "Debian packages hold the tools and lie in /usr: "
-        "configure with -D CMAKE_INSTALL_PREFIX=/usr -D ZEPBMP_TOOLS=ON")
+if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr" OR NOT ZEPBMP_TOOLS OR NOT ZEPBMP_FREI0R)
+    message(FATAL_ERROR "Debian packages hold the tools and the plug-ins and lie in /usr: "
+        "configure with -D CMAKE_INSTALL_PREFIX=/usr -D ZEPBMP_TOOLS=ON -D ZEPBMP_FREI0R=ON")
 endif()
 if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
     message(FATAL_ERROR "set SOURCE_DATE_EPOCH to the time that the packages carry, in seconds since 1970")
@@ -18,8 +19,8 @@ set(ZEPBMP_DEBIAN_REVISION 1 CACHE STRING "The Debian revision, counted from 1 f
 set(ZEPBMP_DEBIAN_MAINTAINER "zepbmp authors <authors@zepbmp.invalid>" CACHE STRING "Who answers for the packages")
 set(ZEPBMP_DEBIAN_VERSION ${PROJECT_VERSION}-${ZEPBMP_DEBIAN_REVISION})
 set(library_package libzepbmp${PROJECT_VERSION_MAJOR})
-set(packages ${library_package} libzepbmp-dev zepbmp-tools)
-set(components runtime development tools)
+set(packages ${library_package} libzepbmp-dev zepbmp-tools zepbmp-frei0r)
+set(components runtime development tools frei0r)
 
 # ---------------------------------------------------------------- documents
 
@@ -59,7 +60,8 @@ install(FILES docs/compatibility.md docs/polygons.md docs/rectangles.md docs/rou
     DESTINATION share/doc/libzepbmp-dev COMPONENT development)
 install(DIRECTORY examples/c examples/cpp DESTINATION share/doc/libzepbmp-dev/examples COMPONENT development
     FILES_MATCHING PATTERN "*.c" PATTERN "*.h" PATTERN "*.cpp" PATTERN "*.hpp" PATTERN "*_win32.c" EXCLUDE)
-install(FILES docs/transition.md DESTINATION share/doc/zepbmp-tools COMPONENT tools)
+install(FILES docs/transition.md docs/cluster.md DESTINATION share/doc/zepbmp-tools COMPONENT tools)
+install(FILES docs/frei0r.md DESTINATION share/doc/zepbmp-frei0r COMPONENT frei0r)
 
 # The manual page is what the program tells of itself. The program is a target of a folder that CMake reads later.
 cmake_language(DEFER CALL zepbmp_manual_page)
@@ -135,6 +137,17 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION "raster operations on video frames - progr
 ${what}
 .
 This package holds zepbmp-transition, which joins two videos by a dissolve, a
-soft shape, a picture that flies in, a turning cube and other transitions.")
+soft shape, a picture that flies in, a turning cube and other transitions, and
+scripts that render them on a Slurm cluster.")
+
+set(CPACK_DEBIAN_FREI0R_PACKAGE_NAME zepbmp-frei0r)
+set(CPACK_DEBIAN_FREI0R_PACKAGE_SECTION video)
+set(CPACK_DEBIAN_FREI0R_PACKAGE_SHLIBDEPS ON)
+set(CPACK_COMPONENT_FREI0R_DESCRIPTION "raster operations on video frames - frei0r plug-ins
+${what}
+.
+This package holds frei0r plug-ins: wipes, a dissolve, a picture that flies in,
+a corner pin, a spotlight and a frame rebuilt from one field, for ffmpeg,
+GStreamer and the editors that use MLT.")
 
 include(CPack)

@@ -1,7 +1,7 @@
 # What `cmake --install` lays out: headers, libraries, a CMake package (zepbmp::zepbmp, zepbmp::static), pkg-config.
 #
-# Three components, which become Debian's packages: runtime is what a program needs to run, development what it needs to
-# be built, tools the programs. `cmake --install` without --component installs all of them.
+# Four components, which become Debian's packages: runtime is what a program needs to run, development what it needs to
+# be built, tools the programs, frei0r the plug-ins. `cmake --install` without --component installs all of them.
 option(ZEPBMP_INSTALL "Make the rules of `cmake --install`" ${PROJECT_IS_TOP_LEVEL})
 if(NOT ZEPBMP_INSTALL)
     return()

@@ -1,5 +1,6 @@
 # Run by CPack on the folder that it packs: takes out what neither a linker nor a loader reads.
-file(GLOB_RECURSE programs ${CPACK_TEMPORARY_DIRECTORY}/*/usr/bin/* ${CPACK_TEMPORARY_DIRECTORY}/*/libzepbmp.so.*.*)
+file(GLOB_RECURSE programs ${CPACK_TEMPORARY_DIRECTORY}/*/usr/bin/* ${CPACK_TEMPORARY_DIRECTORY}/*/libzepbmp.so.*.*
+    ${CPACK_TEMPORARY_DIRECTORY}/*/usr/lib/frei0r-1/zepbmp_*.so)
 file(GLOB_RECURSE archives ${CPACK_TEMPORARY_DIRECTORY}/*/libzepbmp.a)
 if(NOT programs OR NOT archives)
     message(FATAL_ERROR "no programs and libraries in ${CPACK_TEMPORARY_DIRECTORY}")
