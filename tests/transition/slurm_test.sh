@@ -12,7 +12,7 @@ note() { echo "[$((SECONDS - started)) s] $*"; }
 
 fail() {
     note "FAILED: $*"
-    tail -n 15 "$folder"/log/* "$folder"/work/logs/* 2>/dev/null || true
+    tail -n 15 "$folder"/log/* "$folder"/rendering/logs/* 2>/dev/null || true
     exit 1
 }
 
@@ -178,7 +178,7 @@ kill_node_2() {
 
 request=("$folder/a.mp4" "$folder/b.mp4" --effect fly --duration 30f)
 submit() {
-    timeout 100 "$SCRIPTS/submit" --parts "$1" --work "$folder/work" --retries 2 --program "$folder/program" "${@:3}" -- \
+    timeout 100 "$SCRIPTS/submit" --parts "$1" --work "$folder/rendering" --retries 2 --program "$folder/program" "${@:3}" -- \
         "${request[@]}" -o "$folder/$2"
 }
 
@@ -193,12 +193,12 @@ submit "$PARTS" joined.mp4 --wait >"$folder/submit.log" 2>&1 &
 submission=$!
 wait_until 30 "no part began on n2" caught
 victim=$(basename "$folder"/caught/part-*)
-[ ! -e "$folder/work/parts/$victim" ] || fail "$victim is done already"
+[ ! -e "$folder/rendering/parts/$victim" ] || fail "$victim is done already"
 status=0
 submit "$PARTS" joined.mp4 >"$folder/again.log" 2>&1 || status=$?
 [ "$status" -eq 2 ] || fail "a second submission at the same time was taken: $(cat "$folder/again.log")"
-kill_node_2 "$folder/work/parts/$victim"
-compgen -G "$folder/work/parts/.$victim.*" >/dev/null || fail "nothing unfinished is left of $victim"
+kill_node_2 "$folder/rendering/parts/$victim"
+compgen -G "$folder/rendering/parts/.$victim.*" >/dev/null || fail "nothing unfinished is left of $victim"
 note "node n2 is killed while it renders $victim"
 
 status=0
@@ -215,8 +215,8 @@ for ((part = 0; part < PARTS; ++part)); do
     if [ "$part" -eq 4 ]; then expected=$((expected + 1)); fi
     [ "$(runs_of "$part")" -eq "$expected" ] || fail "part $part was rendered $(runs_of "$part") times, not $expected"
 done
-[ "$(wc -l <"$folder/work/logs/part-000004.failures")" -eq 1 ] || fail "the failure of part 4 is not on record"
-if compgen -G "$folder/work/parts/.part-*" >/dev/null; then fail "unfinished files are left"; fi
+[ "$(wc -l <"$folder/rendering/logs/part-000004.failures")" -eq 1 ] || fail "the failure of part 4 is not on record"
+if compgen -G "$folder/rendering/parts/.part-*" >/dev/null; then fail "unfinished files are left"; fi
 note "frames equal those of a single run; $victim was made again on n1, part 4 after its failure"
 
 # Submitted again without one part: that one alone is made. Refused: another request in the same folder.
@@ -228,7 +228,7 @@ submit $((PARTS + 1)) joined.mp4 >"$folder/again.log" 2>&1 || status=$?
 if [ "$status" -ne 2 ] || ! grep -q 'belongs to another request' "$folder/again.log"; then
     fail "another request was taken for the same folder"
 fi
-rm "$folder/work/parts/part-000002.mkv" "$folder/joined.mp4"
+rm "$folder/rendering/parts/part-000002.mkv" "$folder/joined.mp4"
 submit "$PARTS" joined.mp4 --wait --at-once 2 >"$folder/again.log" 2>&1 || fail "submitting again: $(cat "$folder/again.log")"
 cmp "$folder/alone.mp4" "$folder/joined.mp4" || fail "the output is not that of a single run when submitted again"
 [ "$(grep -c '/part-[0-9]*.mkv$' "$folder/runs")" -eq $((PARTS + 3)) ] || fail "more than the missing part was made"
