@@ -208,7 +208,8 @@ void BMP_CALL bmp_blt(Bitmap* destination, int32_t dest_x, int32_t dest_y, int32
  *
  * @param destination  of any format; may be the source
  * @param source       holds the field
- * @param flags        BMP_FIELD_ODD selects the field: lines 1, 3, 5 and so on; without it lines 0, 2, 4
+ * @param flags        BMP_FIELD_ODD selects the field: lines 1, 3, 5 and so on; without it lines 0, 2, 4. BMP_FIELD
+ *                     does not count
  * @pre The source has at least the destination's pitch and height. */
 void BMP_CALL bmp_interporate(Bitmap* destination, const Bitmap* source, uint32_t flags);
 
@@ -437,8 +438,8 @@ void BMP_CALL bmp_map_polygon(Bitmap* dst, Bitmap* dst2, Bitmap* aux, const void
  *                    otherwise nothing is drawn
  * @param dx0         destination rectangle: left; pixels, truncated to 1/4096
  * @param dy0         top; lines, truncated to 1/2048
- * @param dx1         right, exclusive
- * @param dy1         bottom, exclusive
+ * @param dx1         right, exclusive; truncated as dx0
+ * @param dy1         bottom, exclusive; truncated as dy0
  * @param src         the source
  * @param src_size    null; otherwise nothing is drawn
  * @param sx0         source rectangle: left. Source pixels become steps of whole 1/4096 pixels and 1/2048 lines of the

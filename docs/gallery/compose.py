@@ -83,7 +83,7 @@ def spotlight():
 @picture(
     "bmp_compose BMP_FIELD",
     zoom=4,
-    alt="A diagonal seam between dusk and sea, on every second line only",
+    alt="A soft seam between dusk and sea, on every second line only",
 )
 def compose_field():
     """One field at a time.

@@ -55,12 +55,13 @@ def interpolate_field():
 
 
 @picture(
-    "bmp_blt", alt="A landscape at dusk onto which pieces of the sea are copied; those at the border are cut off by it"
+    "bmp_blt", alt="A landscape at dusk onto which pieces of the sea are copied; what does not fit is missing"
 )
 def blit():
     """Copy rectangles.
 
-    Twelve pieces of the boat's picture are put somewhere else. What does not fit is cut off.
+    Twelve pieces of the boat's picture are put somewhere else. What does not fit is cut off: at the left and top, too,
+    it is a piece's right and bottom pixels that are dropped.
     """
     frame, boat = dusk(), sea()
     for column in range(4):

@@ -177,7 +177,8 @@ def mapped_weights():
 def polygon_fields():
     """A polygon in fields.
 
-    Its even lines, its odd lines, and both: two calls draw what one call draws without the flag.
+    Its even lines, its odd lines, and both: of a source that is not interlaced two calls draw what one
+    call draws without the flag.
     """
     tiles = []
     for fields in ([Field.EVEN], [Field.ODD], [Field.EVEN, Field.ODD]):
