@@ -63,16 +63,16 @@ def render(one):
 
 
 def watch_calls():
-    """A set that gets the name of every C function that is called from now on."""
-    called = set()
+    """A list that gets the name and the arguments of every call of a C function from now on."""
+    calls = []
     for name, function in list(_library.call.items()):
 
         def watched(*arguments, name=name, function=function):
-            called.add(name)
+            calls.append((name, arguments))
             return function(*arguments)
 
         _library.call[name] = watched
-    return called
+    return calls
 
 
 def digest(pixels):

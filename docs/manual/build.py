@@ -72,6 +72,7 @@ def copy(source, target):
 def digest(*files):
     total = hashlib.sha256()
     for file in files:
+        total.update(f"{file}\0{file.stat().st_size}\0".encode())
         total.update(file.read_bytes())
     return total.hexdigest()
 
@@ -235,6 +236,14 @@ def inventory(html):
     return {line.split()[0] for line in body.splitlines() if line.split()[1].startswith("c:")}
 
 
+def remove_stale(pages, html):
+    """Sphinx leaves the HTML of a page that is gone."""
+    for file in html.rglob("*.html"):
+        page = file.relative_to(html).with_suffix(".md")
+        if str(page) not in ("genindex.md", "search.md") and not (pages / page).is_file():
+            file.unlink()
+
+
 def main():
     parser = argparse.ArgumentParser(description="Builds the HTML manual.")
     parser.add_argument("--library", type=Path, required=True)
@@ -248,9 +257,7 @@ def main():
         **os.environ,
         "ZEPBMP_LIBRARY": str(library),
         "PYTHONDONTWRITEBYTECODE": "1",
-        "ZEPBMP_HEADER": str(HEADER),
         "ZEPBMP_XML": str(output / "xml"),
-        "ZEPBMP_ROOT": str(ROOT),
     }
     os.environ.update(environment)
     sys.path.insert(0, str(DOCS / "gallery"))
@@ -258,20 +265,22 @@ def main():
         *sorted((DOCS / "gallery").glob("*.py")),
         DOCS / "gallery" / "digests.txt",
         DOCS / "images" / "draw_clips.py",
+        *sorted((ROOT / "python" / "zepbmp").glob("*.py")),
+        HEADER,
         ROOT / "README.md",
     ]
-    unless_done(
-        output / "stamps" / "gallery",
-        [*gallery_files, library],
-        lambda: run(
-            sys.executable, DOCS / "gallery" / "render.py", "--write", output / "pages" / "gallery", env=environment
-        ),
-    )
+    gallery_pages = output / "pages" / "gallery"
+
+    def make_gallery():
+        shutil.rmtree(gallery_pages, ignore_errors=True)
+        run(sys.executable, DOCS / "gallery" / "render.py", "--write", gallery_pages, env=environment)
+
+    unless_done(output / "stamps" / "gallery", [*gallery_files, library], make_gallery)
     (output / "xml").mkdir(parents=True, exist_ok=True)
     unless_done(
         output / "stamps" / "xml",
         [HERE / "Doxyfile", HEADER],
-        lambda: run("doxygen", HERE / "Doxyfile", env=environment),
+        lambda: run("doxygen", HERE / "Doxyfile", env=environment, cwd=ROOT),
     )
 
     import render
@@ -306,6 +315,7 @@ def main():
         env=environment,
     )
     print(said, end="")
+    remove_stale(output / "pages", output / "html")
 
     documented = inventory(output / "html")
     missing = [name for name in names_of_header() if name not in documented]

@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Compiles the C examples of the pages in docs/, with all warnings as errors.
+"""Compiles the C examples of README.md and of the pages in docs/, with all warnings as errors.
 
 usage: check_examples.py --compiler FILE --library FILE
 A block that begins with ```c stands in a function where the names below are declared. One that begins with ```c program
-is a whole program: it is linked and run, and the next block, ```output, is what it prints.
+is a whole program: it is linked and run; it ends with status 0, and the next block, ```output, is what it prints.
 """
 
 import argparse
@@ -34,11 +34,17 @@ DECLARED |= {
     "number": "float number",
     "count": "float count",
 }
+DECLARED |= {name: f"int32_t {name}" for name in "width height".split()}
+DECLARED |= {name: f"float {name}" for name in "cx cy radius feather".split()}
+INCLUDE = re.compile(r"^#include .*\n", re.MULTILINE)
+# A program that runs longer hangs.
+LONGEST_RUN_S = 20
 # These need a header of Windows.
 WINDOWS = ("windows.md",)
 
 
 def wrapped(body, number):
+    body = INCLUDE.sub("", body)
     arguments = ", ".join(text for name, text in DECLARED.items() if not re.search(rf"\w\*? {name}(\[\d+\])? = ", body))
     return f"void example_{number}({arguments});\nvoid example_{number}({arguments}) {{\n{body}}}\n"
 
@@ -54,17 +60,30 @@ def compiled(compiler, text, *arguments):
     return done.returncode == 0, done.stdout
 
 
+def run_fault(file, output):
+    """What is wrong with a program, or None."""
+    try:
+        done = subprocess.run([file], stdout=subprocess.PIPE, text=True, timeout=LONGEST_RUN_S)
+    except subprocess.TimeoutExpired:
+        return f"a program runs longer than {LONGEST_RUN_S} seconds"
+    if done.returncode != 0:
+        return f"a program ends with status {done.returncode}"
+    return None if done.stdout == output else f"a program prints {done.stdout!r}, not {output!r}"
+
+
 def main():
-    parser = argparse.ArgumentParser(description="Compiles the C examples of the pages in docs/.")
+    parser = argparse.ArgumentParser(description="Compiles the C examples of README.md and of the pages in docs/.")
     parser.add_argument("--compiler", required=True)
     parser.add_argument("--library", type=Path, required=True)
     arguments = parser.parse_args()
     faults, blocks, programs = [], 0, 0
-    for page in sorted([*(ROOT / "docs").glob("*.md"), *(ROOT / "docs" / "functions").glob("*.md")]):
+    docs = ROOT / "docs"
+    for page in [ROOT / "README.md", *sorted([*docs.glob("*.md"), *(docs / "functions").glob("*.md")])]:
         text = page.read_text(encoding="utf-8")
         bodies = [] if page.name in WINDOWS else BLOCK.findall(text)
         if bodies:
-            source = "#include <stddef.h>\n#include <zepbmp.h>\n" + "".join(map(wrapped, bodies, range(len(bodies))))
+            includes = ["#include <stddef.h>\n#include <zepbmp.h>\n", *INCLUDE.findall("".join(bodies))]
+            source = "".join([*includes, *map(wrapped, bodies, range(len(bodies)))])
             works, said = compiled(arguments.compiler, source, "-fsyntax-only")
             blocks += len(bodies)
             if not works:
@@ -83,9 +102,9 @@ def main():
                     arguments.library.resolve(),
                     f"-Wl,-rpath,{arguments.library.resolve().parent}",
                 )
-                printed = subprocess.run([file], stdout=subprocess.PIPE, text=True).stdout if works else said
-            if printed != output:
-                faults.append(f"{page}: a program prints {printed!r}, not {output!r}")
+                fault = run_fault(file, output) if works else f"a program does not compile\n{said}"
+            if fault:
+                faults.append(f"{page}: {fault}")
     if not blocks or not programs:
         faults.append("there is no example")
     if faults:

@@ -214,7 +214,7 @@ FAULTS = {
     "text": ('<img src="data:image/gif;base64,R0lGODlhAQABAAAAACH5BAEAAAAALAAAAAABAAEAAAIA">', "has no text"),
     "error": ("<script>undefined_function()</script>", "console: SEVERE"),
     "warning": ("<script>console.warn('x')</script>", "console: WARNING"),
-    "elsewhere": ('<script src="https://cdn.example.org/x.js"></script>', "console: SEVERE"),
+    "elsewhere": ('<script src="https://cdn.example.org/x.js"></script>', "loads https://cdn.example.org/x.js"),
     "width": ('<table style="width: 1200px"><tr><td>x</td></tr></table>', "pixels wide, the screen 1280"),
     "phone": ('<table style="width: 600px"><tr><td>x</td></tr></table>', "pixels wide, the screen 390"),
     "contrast": ('<p style="color: #999; background: #fff">x</p>', "contrast 2.85"),

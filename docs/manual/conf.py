@@ -1,8 +1,10 @@
 """Sphinx: turns the staged pages into HTML. docs/manual/build.py gives the XML's folder and the version."""
 
 import os
+import re
 
 from docutils import nodes
+from sphinx import addnodes
 
 project = "zepbmp"
 author = "the zepbmp developers"
@@ -47,5 +49,33 @@ def name_preconditions(_app, doctree):
             title.children = [nodes.Text("Precondition")]
 
 
+MENTION = re.compile(r"(\b(?:bmp|BMP)_\w+\b(?:\(\))?|\bdocs/\w+\.md\b)")
+
+
+def link(app, page, mention):
+    """What zepbmp.h mentions, a name of its own or a page, as a link; as text where the manual has no such thing."""
+    if mention.startswith("docs/"):
+        target = mention.removeprefix("docs/").removesuffix(".md")
+        if target not in app.env.titles:
+            return nodes.Text(mention)
+        uri = app.builder.get_relative_uri(page, target)
+        return nodes.reference("", app.env.titles[target].astext(), refuri=uri, internal=True)
+    domain, name = app.env.get_domain("c"), mention.removesuffix("()")
+    code = nodes.literal(mention, mention, classes=["xref", "c"])
+    found = domain.resolve_xref(app.env, page, app.builder, "any", name, addnodes.pending_xref(), code)
+    return found or nodes.Text(mention)
+
+
+def link_contracts(app, doctree, page):
+    """The contracts' text is Doxygen's: their mentions become links here."""
+    for contract in doctree.findall(addnodes.desc_content):
+        for text in list(contract.findall(nodes.Text)):
+            parts = MENTION.split(text.astext())
+            if len(parts) > 1 and isinstance(text.parent, nodes.paragraph):
+                linked = [link(app, page, part) if k % 2 else nodes.Text(part) for k, part in enumerate(parts)]
+                text.parent.replace(text, linked)
+
+
 def setup(app):
     app.connect("doctree-read", name_preconditions)
+    app.connect("doctree-resolved", link_contracts)
