@@ -106,6 +106,16 @@ PartContents contents_of(const fs::path& path) {
     return contents;
 }
 
+/// Samples of one channel after another, as all channels of one sample after another.
+std::string interleaved(const std::string& planar, size_t channels) {
+    const size_t count = planar.size() / sizeof(float) / channels;
+    std::string bytes;
+    for (size_t i = 0; i < count; ++i)
+        for (size_t c = 0; c < channels; ++c)
+            bytes.append(planar, (c * count + i) * sizeof(float), sizeof(float));
+    return bytes;
+}
+
 /// Cuts the output before each of the given frames, compares every part with all of it in one part, and the parts
 /// joined with what one run writes.
 void expect_parts_equal_the_whole(const Request& request, const std::vector<int64_t>& cuts) {
@@ -306,9 +316,16 @@ TEST_F(RefusedParts, Ranges) {
     expect_refused(request_.with(folder_ / "part.mp4", {"--frames", "0:3"}), "a part's ending is .mkv");
     expect_refused(request_.with(out, {"--frames", "0:3", "--sheet", folder_ / "sheet.png"}),
                    "no meaning with --frames");
-    expect_refused(request_.with(out, {"--count"}), "--count writes no video");
+    expect_refused(request_.with(out, {"--count", "--frames", "0:3"}), "--frames has no meaning");
     expect_refused(request_.with(out, {"--measures", folder_ / "none.txt"}), "none.txt: is not a file that");
     request_.count({"--measures", folder_ / "measures.txt"});
+    const std::string measures = file_text(folder_ / "measures.txt");
+    const size_t length = measures.find("length ");
+    for (const char* wrong : {"length inf", "length nan", "length -1"}) {
+        std::ofstream(folder_ / "wrong.txt")
+            << measures.substr(0, length) << wrong << measures.substr(measures.find('\n', length));
+        expect_refused(request_.with(out, {"--measures", folder_ / "wrong.txt"}), "does not describe");
+    }
     const Request other{folder_, "a.mp4", "other.mp4", request_.options};
     Footage footage;
     write_footage(folder_ / "other.mp4", footage);
@@ -316,6 +333,24 @@ TEST_F(RefusedParts, Ranges) {
     expect_refused({folder_ / "a.mp4", folder_ / "b.mp4", "--count", "--effect", "box", "--duration", "8f",
                     "--measures", folder_ / "measures.txt"},
                    "exists already");
+}
+
+// What would be found out only when the parts are joined.
+TEST_F(RefusedParts, OutputsThatACountTries) {
+    const fs::path out = folder_ / "out.mp4", sheet = folder_ / "sheet.png";
+    expect_refused(request_.with(folder_ / "out.xyz", {"--count"}), "out.xyz: the ending names no video container");
+    expect_refused(request_.with(folder_ / "none" / "out.mp4", {"--count"}), "out.mp4: cannot be written");
+    expect_refused(request_.with(folder_ / "a.mp4", {"--count", "-y"}), "the output would replace the first video");
+    expect_refused(request_.with(out, {"--count", "--sheet", folder_ / "none" / "sheet.png"}),
+                   "sheet.png: cannot be written");
+    std::ofstream(sheet) << "precious";
+    expect_refused(request_.with(out, {"--count", "--sheet", sheet}), "sheet.png: exists already");
+    const std::vector<std::string> before = folder_.names();
+    const Result result = run(request_.with(out, {"--count", "--sheet", sheet, "-y"}));
+    expect_done(result);
+    EXPECT_EQ(result.out, "32\n");
+    EXPECT_EQ(folder_.names(), before);
+    EXPECT_EQ(file_text(sheet), "precious");
 }
 
 TEST_F(RefusedParts, Joins) {
@@ -341,7 +376,7 @@ TEST_F(RefusedParts, Joins) {
     fs::rename(end, folder_ / "kept.mkv");
     const fs::path foreign = other.part("20:32");
     expect_refused(join({begin, middle, foreign}, out), "belongs to another transition than");
-    expect_refused(join({begin, middle, foreign}, out), "its feather is");
+    expect_refused(join({begin, middle, foreign}, out), "its feather is 3, not 32");
     fs::rename(foreign, folder_ / "foreign.mkv");
     const Request turned{folder_, "b.mp4", "a.mp4", request_.options};
     expect_refused(join({begin, middle, turned.part("20:32")}, out), "its first video is");
@@ -351,20 +386,28 @@ TEST_F(RefusedParts, Joins) {
 TEST_F(RefusedParts, DamagedOnes) {
     const fs::path begin = request_.part("0:10"), end = request_.part("10:32");
     const std::string bytes = file_text(begin);
+    const std::vector<std::string> sound_before = contents_of(begin).sound;
     const auto expect_damage_found = [&](const std::string& changed) {
         std::ofstream(begin, std::ios::binary) << changed;
         const std::vector<std::string> before = folder_.names();
         const Result result = run(join({begin, end}, folder_ / "out.mp4"));
         EXPECT_EQ(result.exit_code, 2) << result.err;
-        EXPECT_NE(result.err.find("part-0-10.mkv: is "), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find("part-0-10.mkv: is damaged or not whole"), std::string::npos) << result.err;
         EXPECT_EQ(folder_.names(), before);
     };
     // A missing end is found before any work is done.
     for (size_t kept : {bytes.size() / 5, bytes.size() / 2, bytes.size() - 700}) {
         std::ofstream(begin, std::ios::binary) << bytes.substr(0, kept);
-        expect_refused(join({end, begin}, folder_ / "out.mp4"), "part-0-10.mkv: is ");
+        expect_refused(join({end, begin}, folder_ / "out.mp4"), "part-0-10.mkv: is damaged or not whole");
     }
-    // A bit in the pictures or the sound, which make up nearly all of the file.
+    // A bit of a sample: sound stands in the file as it is.
+    const std::string sound = interleaved(sound_before.at(5), 2);
+    const size_t sound_place = bytes.find(sound);
+    ASSERT_NE(sound_place, std::string::npos);
+    std::string changed_sound = bytes;
+    changed_sound[sound_place + sound.size() / 2] ^= 1;
+    expect_damage_found(changed_sound);
+    // A bit anywhere: pictures and sound make up nearly all of the file.
     for (size_t place = bytes.size() / 6; place < bytes.size() * 9 / 10; place += bytes.size() / 8) {
         SCOPED_TRACE(place);
         std::string changed = bytes;

@@ -6,6 +6,7 @@ set -euo pipefail
 
 readonly PROGRAM=$1 MAKE_FOOTAGE=$2 SCRIPTS=$3
 readonly PARTS=6
+PATH=$PATH:/usr/sbin:/sbin # the daemons' place
 
 started=$SECONDS
 note() { echo "[$((SECONDS - started)) s] $*"; }
@@ -224,7 +225,7 @@ status=0
 submit "$PARTS" joined.mp4 >"$folder/again.log" 2>&1 || status=$?
 [ "$status" -eq 2 ] || fail "an output that is there was to be made again"
 status=0
-submit $((PARTS + 1)) joined.mp4 >"$folder/again.log" 2>&1 || status=$?
+submit $((PARTS + 1)) other.mp4 >"$folder/again.log" 2>&1 || status=$?
 if [ "$status" -ne 2 ] || ! grep -q 'belongs to another request' "$folder/again.log"; then
     fail "another request was taken for the same folder"
 fi

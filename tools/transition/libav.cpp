@@ -60,4 +60,16 @@ std::string libav_message(int result) {
     return text;
 }
 
+void check_reading(const AVFormatContext& container, const std::filesystem::path& path) {
+    if (container.pb && container.pb->error < 0 && container.pb->error != AVERROR_EOF)
+        throw Error(path.string() + ": cannot be read: " + libav_message(container.pb->error));
+}
+
+// A packet that a failure has cut short is handed out like a whole one, so each is doubted.
+bool read_frame(AVFormatContext& container, AVPacket& packet, const std::filesystem::path& path) {
+    const int result = av_read_frame(&container, &packet);
+    check_reading(container, path);
+    return result >= 0;
+}
+
 }  // namespace zepbmp::transition

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -47,6 +48,12 @@ LibavPtr<SwrContext> make_resampler(int rate_out, const AVChannelLayout& layout_
 
 /// What a negative libav result means, in words.
 std::string libav_message(int result);
+
+/// Throws Error when reading the file has failed so far. libav reports that as the end of the file, or not at all.
+void check_reading(const AVFormatContext& container, const std::filesystem::path& path);
+
+/// Reads the next packet; false at the end. Throws Error when the file cannot be read, which is no end.
+bool read_frame(AVFormatContext& container, AVPacket& packet, const std::filesystem::path& path);
 
 /// Copies a channel layout by value; frees itself.
 class ChannelLayout {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -28,12 +30,6 @@ constexpr int64_t kPieceBytes = 64 * 1024;
 constexpr int kDigestBits = 256;
 const char kTitle[] = "zepbmp-transition measures 1";
 
-std::string exact_text(double value) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%a", value);
-    return text;
-}
-
 void describe(std::ostream& out, const fs::path& video, const VideoMeasure& measure) {
     out << "video " << fingerprint(video) << '\n';
     out << "length " << exact_text(measure.length_seconds) << '\n';
@@ -51,7 +47,7 @@ bool read_description(std::istream& in, std::string& video, VideoMeasure& measur
         return false;
     char* end = nullptr;
     measure.length_seconds = std::strtod(length.c_str(), &end);
-    if (*end != '\0' || !(measure.length_seconds >= 0))
+    if (*end != '\0' || !std::isfinite(measure.length_seconds) || measure.length_seconds < 0)
         return false;
     measure.keyframes.clear();
     for (size_t i = 0; i < count; ++i) {
@@ -64,6 +60,11 @@ bool read_description(std::istream& in, std::string& video, VideoMeasure& measur
 }
 
 }  // namespace
+
+std::string exact_text(double value) {
+    char text[64];
+    return {text, std::to_chars(text, std::end(text), value).ptr};
+}
 
 std::string fingerprint(const fs::path& path) {
     const auto unreadable = [&] { return Error(path.string() + ": cannot be read", kExitRefused); };

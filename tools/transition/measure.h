@@ -9,6 +9,9 @@
 
 namespace zepbmp::transition {
 
+/// The shortest decimal number that reads back as this value.
+std::string exact_text(double value);
+
 /// Tells a file from others without reading all of it: its size and a digest of pieces from its beginning to its end.
 std::string fingerprint(const std::filesystem::path& path);
 

@@ -121,6 +121,7 @@ LibavPtr<AVFormatContext> open_container(const std::filesystem::path& path) {
         throw Error(path.string() + ": is not a video that can be read", kExitRefused);
     if (result < 0)
         throw Error(path.string() + ": cannot be read: " + libav_message(result), kExitRefused);
+    check_reading(*container, path);
     return container;
 }
 
@@ -150,7 +151,7 @@ bool StreamDecoder::read_packet() {
     for (;;) {
         check_interrupt();
         av_packet_unref(packet_.get());
-        if (av_read_frame(container_.get(), packet_.get()) < 0)
+        if (!read_frame(*container_, *packet_, path_))
             return false;
         if (packet_->stream_index == stream_->index)
             return true;
@@ -244,7 +245,7 @@ VideoMeasure measure_video(const std::filesystem::path& path) {
     KeyframeList keyframes(unit);
     int64_t packets = 0;
     double begin = INFINITY, end = -INFINITY;
-    while (av_read_frame(container.get(), packet.get()) >= 0) {
+    while (read_frame(*container, *packet, path)) {
         check_interrupt();
         if (packet->stream_index == stream->index) {
             const int64_t stamp = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;

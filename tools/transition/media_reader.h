@@ -15,7 +15,8 @@
 
 namespace zepbmp::transition {
 
-/// Opens a file and reads what it says about its streams. Throws Error (kExitRefused) when it is no readable video file.
+/// Opens a file and reads what it says about its streams. Throws Error: kExitRefused when it is no video file that can be
+/// opened, kExitFailed when reading it fails.
 LibavPtr<AVFormatContext> open_container(const std::filesystem::path& path);
 
 /// A place where decoding can begin: time stamps of a packet, in units of its stream.

@@ -228,7 +228,9 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
                        "only frames FIRST to END - 1 of the output, counted from 0; written to a .mkv without loss, "
                        "for 'zepbmp-transition join'")
             ->type_name("FIRST:END");
-    app.add_flag("--count", options.count, "only print the number of frames that the whole output has");
+    app.add_flag("--count", options.count,
+                 "only print the number of frames that the whole output has; with --output or --sheet, check "
+                 "that they could be written");
     CLI::Option* const measures_option =
         app.add_option("--measures", measures,
                        "written with --count: what was found by reading the videos to their ends; read otherwise, "
@@ -267,8 +269,10 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
         refuse("--effect shape needs --points FILE");
     if (*direction_option && options.effect != EffectKind::kPush)
         refuse("--direction has a meaning for --effect push only");
-    if (options.count && (*output_option || *sheet_option || *frames_option))
-        refuse("--count writes no video: --output, --sheet and --frames have no meaning with it");
+    if (options.count && *frames_option)
+        refuse("--count is about the whole output: --frames has no meaning with it");
+    if (options.count && *sheet_option && !*output_option)
+        refuse("--sheet has a meaning with --count if --output is given, too");
     if (!options.count && !*output_option)
         refuse("--output is required (see --help)");
     if (input_a.empty() || input_b.empty() || (*output_option && output.empty()) || (*sheet_option && sheet.empty()) ||
@@ -289,16 +293,17 @@ CommandLine parse_command_line(std::vector<std::string> arguments) {
         if (options.count) {
             refuse_same_file(*options.measures, options.input_a, "the first video");
             refuse_same_file(*options.measures, options.input_b, "the second video");
-        } else {
-            refuse_same_file(options.output, *options.measures, "the measures");
         }
+        if (*output_option)
+            refuse_same_file(options.output, *options.measures, "the measures");
     }
     if (*points_option)
         options.points = points;
     if (options.count) {
         if (options.points && options.measures)
             refuse_same_file(*options.measures, *options.points, "the shape's corners");
-        return {options, {}, {}};
+        if (!*output_option)
+            return {options, {}, {}};
     }
     refuse_same_file(options.output, options.input_a, "the first video");
     refuse_same_file(options.output, options.input_b, "the second video");

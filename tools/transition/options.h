@@ -20,7 +20,7 @@ struct Options {
     std::optional<std::filesystem::path> sheet;
     std::optional<FrameRange> frames;               // a part of the output, without loss
     std::optional<std::filesystem::path> measures;  // written with count, else read
-    bool count = false;                             // only tells the number of frames
+    bool count = false;                             // only tells the number of frames; output may be empty
     std::optional<std::filesystem::path> points;    // for the shape, and only for it
     EffectKind effect = EffectKind::kCrossfade;
     TimeValue duration;

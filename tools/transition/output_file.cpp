@@ -15,6 +15,29 @@ namespace zepbmp::transition {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+/// rename() that fails with EEXIST where it would replace a file. Network file systems know no RENAME_NOREPLACE; a link
+/// never replaces. Where there are no links either, a file that appears between look and rename is replaced.
+int rename_to_free_place(const char* from, const char* to) {
+    int result = renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE);
+    if (result == 0 || errno != EINVAL)
+        return result;
+    result = link(from, to);
+    if (result == 0) {
+        unlink(from);
+    } else if (errno == EPERM || errno == ENOSYS || errno == EOPNOTSUPP) {
+        struct stat state {};
+        if (lstat(to, &state) == 0)
+            errno = EEXIST;
+        else if (errno == ENOENT)
+            result = rename(from, to);
+    }
+    return result;
+}
+
+}  // namespace
+
 OutputFile::OutputFile(const fs::path& place, bool overwrite) : overwrite_(overwrite) {
     std::error_code ignored;
     const fs::path target = fs::canonical(place, ignored);  // through symbolic links; empty when nothing is there
@@ -51,10 +74,7 @@ void OutputFile::commit() {
         throw Error(place_.string() + ": cannot be written: " + std::strerror(reason));
     }
     close(file);
-    int result = renameat2(AT_FDCWD, from, AT_FDCWD, place_.c_str(), overwrite_ ? 0 : RENAME_NOREPLACE);
-    if (result != 0 && errno == EINVAL)  // a file system that knows no RENAME_NOREPLACE
-        result = rename(from, place_.c_str());
-    if (result != 0)
+    if ((overwrite_ ? rename(from, place_.c_str()) : rename_to_free_place(from, place_.c_str())) != 0)
         throw Error(place_.string() + ": cannot be put in place: " + std::strerror(errno));
     committed_ = true;
 }

@@ -10,6 +10,7 @@
 
 #include "error.h"
 #include "interrupt.h"
+#include "measure.h"
 
 extern "C" {
 #include <libavutil/mem.h>
@@ -61,16 +62,16 @@ std::string sound_text(const std::optional<SoundFormat>& sound) {
 
 std::string video_text(const VideoInfo& video) {
     char text[256];
-    std::snprintf(text, sizeof text, "%dx%d %d/%d frames/s, pixels %d:%d, colours %d %d %d, turned by %a", video.width,
+    std::snprintf(text, sizeof text, "%dx%d %d/%d frames/s, pixels %d:%d, colours %d %d %d, turned by %s", video.width,
                   video.height, video.rate.num, video.rate.den, video.sample_aspect.num, video.sample_aspect.den,
                   static_cast<int>(video.matrix), static_cast<int>(video.primaries), static_cast<int>(video.transfer),
-                  video.rotation_degrees);
+                  exact_text(video.rotation_degrees).c_str());
     return text;
 }
 
 bool parse_video(const std::string& text, VideoInfo& video) {
     int matrix = 0, primaries = 0, transfer = 0;
-    if (std::sscanf(text.c_str(), "%dx%d %d/%d frames/s, pixels %d:%d, colours %d %d %d, turned by %la", &video.width,
+    if (std::sscanf(text.c_str(), "%dx%d %d/%d frames/s, pixels %d:%d, colours %d %d %d, turned by %lf", &video.width,
                     &video.height, &video.rate.num, &video.rate.den, &video.sample_aspect.num, &video.sample_aspect.den,
                     &matrix, &primaries, &transfer, &video.rotation_degrees) != 10)
         return false;
@@ -407,7 +408,7 @@ bool PartReader::ends_with_seal() {
                                         video_stream_->time_base);
     if (av_seek_frame(container_.get(), video_stream_->index, behind, AVSEEK_FLAG_BACKWARD) < 0)
         return false;
-    while (av_read_frame(container_.get(), packet_.get()) >= 0) {
+    while (read_frame(*container_, *packet_, path_)) {
         const bool seal = packet_->stream_index == seal_stream_->index;
         av_packet_unref(packet_.get());
         if (seal)
@@ -418,7 +419,7 @@ bool PartReader::ends_with_seal() {
 
 bool PartReader::read_packet() {
     check_interrupt();
-    if (av_read_frame(container_.get(), packet_.get()) < 0) {
+    if (!read_frame(*container_, *packet_, path_)) {
         if (drained_)
             return false;
         drained_ = true;

@@ -88,7 +88,8 @@ private:
     Seal seal_;
 };
 
-/// Reads a part front to back. Throws Error (kExitRefused) for a file that is none, is not whole or is damaged.
+/// Reads a part front to back. Throws Error (kExitRefused) for a file that is none, is not whole or is damaged;
+/// Error (kExitFailed) when reading fails.
 class PartReader {
 public:
     explicit PartReader(const std::filesystem::path& path);

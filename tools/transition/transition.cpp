@@ -256,10 +256,10 @@ std::string request_text(const Options& options, const Inputs& inputs) {
          << avformat_version() << ", swscale " << swscale_version() << ", swresample " << swresample_version()
          << "\nfirst video=" << fingerprint(options.input_a) << "\nsecond video=" << fingerprint(options.input_b)
          << "\neffect=" << name_of(options.effect) << '\n'
-         << std::hexfloat << "feather=" << options.feather_px << "\ncolour=" << std::hex << options.color_rgb
-         << std::dec << "\ndirection=" << name_of(options.direction) << "\nease=" << name_of(options.ease)
-         << "\nfields of both=" << name_of(options.fields) << "\nlengths=" << inputs.a.info().length_seconds << ' '
-         << inputs.b.info().length_seconds << '\n';
+         << "feather=" << exact_text(options.feather_px) << "\ncolour=" << std::hex << options.color_rgb << std::dec
+         << "\ndirection=" << name_of(options.direction) << "\nease=" << name_of(options.ease)
+         << "\nfields of both=" << name_of(options.fields) << "\nlengths=" << exact_text(inputs.a.info().length_seconds)
+         << ' ' << exact_text(inputs.b.info().length_seconds) << '\n';
     if (options.points)
         text << "points=" << fingerprint(*options.points) << '\n';
     return text.str();
@@ -272,6 +272,19 @@ FrameRange frames_of(const Options& options, const Timeline& timeline) {
             "--frames " + range.text() + " reaches beyond the output's " + std::to_string(timeline.total) + " frames",
             kExitRefused);
     return range;
+}
+
+/// Begins the outputs of a run and gives them up, to find out whether they can be written.
+void try_outputs(const Options& options, const Inputs& inputs) {
+    const VideoInfo& info = inputs.a.info();
+    std::optional<SoundFormat> sound = find_sound(options.input_a);
+    if (!sound)
+        sound = find_sound(options.input_b);
+    const FieldOrder order = resolve(options.fields, info.fields);
+    const MediaWriter writer(options.output, options.overwrite, info, order, sound);
+    if (options.sheet)
+        const ContactSheet sheet(*options.sheet, options.overwrite, inputs.timeline, info.width, info.height,
+                                 info.line_height_px(), known_matrix(info.matrix, info.height));
 }
 
 Report render(const Options& options, Seeking seeking) {
@@ -370,6 +383,8 @@ Report make_transition(const Options& options) {
 
 int64_t count_frames(const Options& options) {
     const Inputs inputs(options);
+    if (!options.output.empty())
+        try_outputs(options, inputs);
     if (options.measures)
         write_measures(*options.measures, options.overwrite, options.input_a, inputs.a.measure(), options.input_b,
                        inputs.b.measure());

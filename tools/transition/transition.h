@@ -16,7 +16,8 @@ struct Report {
 /// Makes the video, or a part of it, and the contact sheet if one is asked for. Throws Error or Interrupted; then nothing was written.
 Report make_transition(const Options& options);
 
-/// The number of frames of the whole output. Writes the measures if asked for.
+/// The number of frames of the whole output. Writes the measures if asked for. Throws Error when a run could not write
+/// the output or the sheet that are named, too; neither is written.
 int64_t count_frames(const Options& options);
 
 /// "300 frames, 12.00 s, 1920x1080, 25 frames/s, progressive"
