@@ -6,13 +6,12 @@
 #include <new>
 
 #include "core/pixels.h"
+#include "effects/feather.h"
 #include "shapes/ramp.h"
 
 namespace zepbmp::effects {
 
 namespace {
-
-constexpr double kLeastFeather = 1;  // pixels; less is narrower than what a pixel can show
 
 const RampTable& ramp_of(const BoxShape& box) { return box.cosine ? kCosineRamp : kLinearRamp; }
 
@@ -72,7 +71,7 @@ SoftBox::~SoftBox() { bmp_destroy(corner_); }
 void SoftBox::draw(Bitmap& map, const BoxShape& box) {
     if (!(box.half_width > 0 && box.half_height > 0))
         bmp_clear(&map, 0);
-    else if (box.feather < kLeastFeather)
+    else if (drawn_feather(box.feather) == 0)
         draw_hard(map, box);
     else
         draw_soft(map, box);

@@ -15,7 +15,7 @@ struct BoxShape {
     double half_width;
     double half_height;
     double radius;   ///< of the corners; 0: square ones
-    double feather;  ///< width of the soft edge inside the box; below 1: a hard, anti-aliased edge
+    double feather;  ///< width of the soft edge inside the box; below kLeastFeather: a hard, anti-aliased edge
     bool cosine;     ///< raised-cosine ramp instead of the linear one
 };
 

@@ -14,7 +14,7 @@ constexpr double sine(double angle) {
     return sum;
 }
 
-/// 1 - 2 sin^2(angle / 2), for the same angles.
+/// 1 - 2 sin^2(angle / 2), for the same angles; exact to a few units of the last place of 1.
 constexpr double cosine(double angle) {
     const double half = sine(angle / 2);
     return 1 - 2 * half * half;

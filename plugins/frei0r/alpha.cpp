@@ -84,8 +84,12 @@ void divide_by_coverage(Bitmap& picture, const Bitmap& coverage) {
             const uint32_t weight = weights[x];
             if (weight == 0 || weight == kWeightFull)
                 continue;
-            for (uint8_t *byte = pixels + 4 * x, *end = byte + kColors; byte < end; ++byte)
-                *byte = static_cast<uint8_t>(std::min(kOpaque, (*byte * kWeightFull + weight - 1) / weight));
+            for (uint8_t *byte = pixels + 4 * x, *end = byte + kColors; byte < end; ++byte) {
+                // Blending cuts: all from `least` to `most` become the same byte.
+                const uint32_t least = (*byte * kWeightFull + weight - 1) / weight;
+                const uint32_t most = std::min(kOpaque, ((*byte + 1) * kWeightFull - 1) / weight);
+                *byte = static_cast<uint8_t>(std::min(kOpaque, (least + most + 1) / 2));
+            }
         }
     }
 }

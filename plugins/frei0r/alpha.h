@@ -13,7 +13,7 @@ namespace zepbmp::frei0r {
 void round_alpha(Bitmap& out, const Bitmap& first, const Bitmap& second, const Bitmap& inner, const Bitmap& outer);
 
 /// Makes a picture that was blended into transparent black by `coverage` one of straight alpha: a colour is divided by
-/// the coverage, rounded to the smallest one that gives the same byte again when it is blended. Alpha is what the
+/// the coverage: of those that give the same byte again when they are blended, it is the middle one. Alpha is what the
 /// blending left.
 void divide_by_coverage(Bitmap& picture, const Bitmap& coverage);
 

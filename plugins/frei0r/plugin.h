@@ -62,7 +62,7 @@ public:
     /// they have left their initial values, else those of the position.
     f0r_param_position_t point(size_t position, size_t across) const;
 
-    /// Counts the changes.
+    /// Counts the changes: hosts set every value before every frame, and one that is there already changes nothing.
     uint64_t version() const { return version_; }
 
 private:

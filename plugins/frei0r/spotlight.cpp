@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "effects/feather.h"
 #include "plugin.h"
 
 namespace zepbmp::frei0r {
@@ -58,7 +59,7 @@ private:
         if (radius > 0)
             bmp_alpha_circle(light_.get(), static_cast<float>(centre.x * light_->width),
                              static_cast<float>(centre.y * light_->height), static_cast<float>(radius),
-                             static_cast<float>(values.number(kFeather) * shorter), 1,
+                             static_cast<float>(effects::drawn_feather(values.number(kFeather) * shorter)), 1,
                              values.flag(kCosine) ? BMP_SHAPE_COSINE : 0);
         else
             bmp_clear(light_.get(), 0);

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <type_traits>
 
 #include "plugin.h"
 
@@ -30,28 +32,33 @@ void Values::set(size_t index, const void* host_value) {
         return std::clamp(value, parameters_[index].least, parameters_[index].most);
     };
     const auto held_part = [](float value) { return std::clamp(value, 0.0f, 1.0f); };
+    const auto replace = [&]<class T>(T& value, const std::type_identity_t<T>& given) {
+        if (std::memcmp(&value, &given, sizeof value) != 0) {
+            value = given;
+            ++version_;
+        }
+    };
     const Overloaded store = {[&](double& value) {
                                   const double given = *static_cast<const f0r_param_double*>(host_value);
                                   if (!std::isnan(given))
-                                      value = held(given);
+                                      replace(value, held(given));
                               },
                               [&](bool& value) {
                                   const double given = *static_cast<const f0r_param_bool*>(host_value);
                                   if (!std::isnan(given))
-                                      value = given >= kFlagIsSet;
+                                      replace(value, given >= kFlagIsSet);
                               },
                               [&](f0r_param_color_t& value) {
                                   const auto& given = *static_cast<const f0r_param_color_t*>(host_value);
                                   if (!std::isnan(given.r) && !std::isnan(given.g) && !std::isnan(given.b))
-                                      value = {held_part(given.r), held_part(given.g), held_part(given.b)};
+                                      replace(value, {held_part(given.r), held_part(given.g), held_part(given.b)});
                               },
                               [&](f0r_param_position_t& value) {
                                   const auto& given = *static_cast<const f0r_param_position_t*>(host_value);
                                   if (!std::isnan(given.x) && !std::isnan(given.y))
-                                      value = {held(given.x), held(given.y)};
+                                      replace(value, {held(given.x), held(given.y)});
                               }};
     std::visit(store, values_[index]);
-    ++version_;
 }
 
 void Values::get(size_t index, void* host_value) const {

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "alpha.h"
+#include "effects/feather.h"
 #include "effects/reach.h"
 #include "effects/soft_box.h"
 #include "plugin.h"
@@ -58,7 +59,7 @@ public:
         const f0r_param_position_t centre = values.point(kCentre, kCentreAcross);
         const double x = centre.x * out.width, y = centre.y * out.height;
         const effects::Reach reach(x, y, out.width, out.height);
-        const double feather = values.number(kFeather) * shorter_;
+        const double feather = effects::drawn_feather(values.number(kFeather) * shorter_);
         const Shape shape = shape_of(values.number(kShape));
         if (shape == Shape::kBand) {
             const double band = values.number(kBandWidth) * shorter_;

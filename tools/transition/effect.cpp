@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "effects/feather.h"
 #include "effects/reach.h"
 
 namespace zepbmp::transition {
@@ -189,7 +190,7 @@ void Effect::draw_circle(Bitmap& map, double radius, Field field) const {
     const Circle circle = {.cx = static_cast<float>(width_px_ / 2),
                            .cy = static_cast<float>(height_px_ / 2),
                            .radius = static_cast<float>(radius),
-                           .feather = static_cast<float>(settings_.feather_px),
+                           .feather = static_cast<float>(effects::drawn_feather(settings_.feather_px)),
                            .aspect = static_cast<float>(settings_.line_height_px)};
     alpha_circle(map, circle, settings_.edge == Ease::kCosine ? Ramp::cosine : Ramp::linear, field);
 }

@@ -66,10 +66,12 @@ std::vector<Group> groups(Size size, const CircleFile& circle, const std::string
     const auto other = [&](const std::string& name, const Settings& settings, const std::string& progress) {
         return frei0r_step(stock + "/" + name + ".so", size, settings, progress);
     };
-    const auto mlt = [&](const std::string& service, const std::map<std::string, std::string>& properties) {
-        return mlt_step(size, service, properties);
+    const auto in_mlt = [&](const std::string& effect) {
+        return mlt_step(size, "frei0r.zepbmp_" + effect, {}, "Progress");
     };
-    const std::string in_mlt = "0=0;99=1";
+    const auto luma = [&](const std::map<std::string, std::string>& properties) {
+        return mlt_step(size, "luma", properties, "");
+    };
     const Settings pins = {{"Top left", {0.1, 0.15}},
                            {"Top right", {0.9, 0.05}},
                            {"Bottom right", {0.95, 0.9}},
@@ -90,22 +92,22 @@ std::vector<Group> groups(Size size, const CircleFile& circle, const std::string
     return {
         {"dissolve",
          {{"zepbmp dissolve", "RGBA", our("dissolve", {}, "Progress")},
-          {"zepbmp dissolve in MLT", "RGBA", mlt("frei0r.zepbmp_dissolve", {{"Progress", in_mlt}})},
+          {"zepbmp dissolve in MLT", "RGBA", in_mlt("dissolve")},
           {"frei0r xfade0r", "RGBA", other("xfade0r", {}, "fader")},
           {"frei0r blend", "RGBA", other("blend", {}, "blend")},
           {"frei0r composition", "RGBA", other("composition", {}, "")},
           {"ffmpeg xfade=fade", "planar RGBA", xfade_step(size, "fade")},
-          {"MLT luma, dissolve", "YUY2", mlt("luma", {})}}},
+          {"MLT luma, dissolve", "YUY2", luma({})}}},
         {"wipe",
          {{"zepbmp wipe, circle, soft edge", "RGBA", our("wipe", {}, "Progress")},
           {"zepbmp wipe, circle, sharp edge", "RGBA", our("wipe", {{"Feather", {0}}}, "Progress")},
-          {"zepbmp wipe, circle, in MLT", "RGBA", mlt("frei0r.zepbmp_wipe", {{"Progress", in_mlt}})},
+          {"zepbmp wipe, circle, in MLT", "RGBA", in_mlt("wipe")},
           {"zepbmp wipe, box", "RGBA", our("wipe", {{"Shape", {0.25}}}, "Progress")},
           {"zepbmp wipe, rounded box", "RGBA", our("wipe", {{"Shape", {0.5}}}, "Progress")},
           {"zepbmp wipe, circle with a band", "RGBA", our("wipe", {{"Shape", {0.75}}}, "Progress")},
           {"ffmpeg xfade=circleopen", "planar RGBA", xfade_step(size, "circleopen")},
           {"ffmpeg xfade=circlecrop", "planar RGBA", xfade_step(size, "circlecrop")},
-          {"MLT luma, circle, soft edge", "YUY2", mlt("luma", {{"resource", circle.path()}, {"softness", "0.1"}})}}},
+          {"MLT luma, circle, soft edge", "YUY2", luma({{"resource", circle.path()}, {"softness", "0.1"}})}}},
         {"perspective",
          {{"zepbmp corner pin", "RGBA", our("corner_pin", pins, "")},
           {"zepbmp corner pin, on a colour", "RGBA", our("corner_pin", on_black, "")},

@@ -35,7 +35,8 @@ mlt_frame frame_of(mlt_service service, uint32_t* pixels, mlt_image_format forma
 
 }  // namespace
 
-Step mlt_step(Size size, const std::string& service, const std::map<std::string, std::string>& properties) {
+Step mlt_step(Size size, const std::string& service, const std::map<std::string, std::string>& properties,
+              const std::string& progress) {
     static const mlt_repository repository = mlt_factory_init(nullptr);
     if (!repository)
         give_up("MLT does not begin");
@@ -56,6 +57,8 @@ Step mlt_step(Size size, const std::string& service, const std::map<std::string,
         const size_t k = static_cast<size_t>(2 * (index % kPictures));
         const mlt_frame a = frame_of(owner, pictures[k].get(), wanted, size, index);
         const mlt_frame b = frame_of(owner, pictures[k + 1].get(), wanted, size, index);
+        if (!progress.empty())
+            mlt_properties_set_double(MLT_TRANSITION_PROPERTIES(transition), progress.c_str(), (index + 0.5) / count);
         mlt_transition_process(transition, a, b);
         uint8_t* image = nullptr;
         mlt_image_format format = wanted;

@@ -40,8 +40,10 @@ Step frei0r_step(const std::string& path, Size size, const std::map<std::string,
 /// ffmpeg's xfade on one thread, fed with frames and asked for frames.
 Step xfade_step(Size size, const std::string& transition);
 
-/// A transition of MLT on frames that are there already, on one thread. `service`, and its properties.
-Step mlt_step(Size size, const std::string& service, const std::map<std::string, std::string>& properties);
+/// A transition of MLT on frames that are there already, on one thread. `service`, and its properties; `progress`: the
+/// name of the property that goes from 0 to 1, or empty where the service takes it from the frame's number.
+Step mlt_step(Size size, const std::string& service, const std::map<std::string, std::string>& properties,
+              const std::string& progress);
 
 /// Ends the program.
 [[noreturn]] void give_up(const std::string& what);

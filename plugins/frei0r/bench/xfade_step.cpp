@@ -93,6 +93,8 @@ Step xfade_step(Size size, const std::string& transition) {
             const int got = av_buffersink_get_frame((*graph)->output, result.get());
             if (got >= 0)
                 break;
+            if (got != AVERROR(EAGAIN))
+                check(got, "output");
             for (int i = 0; i < 2; ++i) {
                 AVFrame* const frame = frames[static_cast<size_t>(2 * (*next % kPictures) + i)].get();
                 frame->pts = *next;

@@ -58,6 +58,9 @@ void round_alpha(Pixels& out, const Pixels& first, const Pixels& second, const O
     }
 }
 
+/// Of a soft edge, in pixels: below one the edge is a hard one.
+double drawn_feather(double part, double unit) { return part * unit >= 1 ? part * unit : 0; }
+
 Owned disc(int width, int height, double x, double y, double radius, double feather, bool cosine) {
     Owned map = make(width, height, BMP_FMT_PWRW);
     if (radius > 0)
@@ -178,7 +181,7 @@ Pixels expected_wipe(int width, int height, const Pixels& first, const Pixels& s
     const double far_x = std::max(std::abs(x), std::abs(width - x));
     const double far_y = std::max(std::abs(y), std::abs(height - y));
     const double corner = std::sqrt(far_x * far_x + far_y * far_y);
-    const double feather = wipe.feather * unit;
+    const double feather = drawn_feather(wipe.feather, unit);
     const Owned a = to_bitmap(width, height, first), b = to_bitmap(width, height, second);
     const Owned out = make(width, height, BMP_FMT_RGBQ);
     Owned inner, outer;
@@ -196,7 +199,7 @@ Pixels expected_wipe(int width, int height, const Pixels& first, const Pixels& s
             const double beyond = feather + radius * (1 - std::sqrt(0.5));
             const Box box = {x, y, wipe.progress * (far_x + beyond), wipe.progress * (far_y + beyond),
                              wipe.progress * radius};
-            inner = feather < 1 ? hard_box(width, height, box) : soft_box(width, height, box, feather, wipe.cosine);
+            inner = feather == 0 ? hard_box(width, height, box) : soft_box(width, height, box, feather, wipe.cosine);
         }
         bmp_compose(out.get(), a.get(), b.get(), inner.get(), 0);
     }
@@ -249,10 +252,13 @@ Pixels expected_corner_pin(int width, int height, const Pixels& picture, const C
             if (c == 0 || c == kFull)
                 continue;
             for (int k = 0; k < 3; ++k) {
-                uint32_t color = 0;
-                while (color < 255 && color * c / kFull != pixel[k])
-                    ++color;
-                pixel[k] = static_cast<uint8_t>(color);
+                // The middle one of the colours that the coverage makes the same byte of.
+                uint32_t least = 255, most = 255;
+                for (uint32_t color = 0; color <= 255; ++color) {
+                    if (color * c / kFull == pixel[k])
+                        least = std::min(least, color), most = color;
+                }
+                pixel[k] = static_cast<uint8_t>((least + most + 1) / 2);
             }
         }
     }
@@ -262,7 +268,7 @@ Pixels expected_corner_pin(int width, int height, const Pixels& picture, const C
 Pixels expected_spotlight(int width, int height, const Pixels& picture, const Spotlight& light) {
     const double unit = std::min(width, height);
     const Owned map = disc(width, height, light.centre.x * width, light.centre.y * height, light.radius * unit,
-                           light.feather * unit, light.cosine);
+                           drawn_feather(light.feather, unit), light.cosine);
     const int64_t darkness = std::lround(light.darkness * kFull);
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x)

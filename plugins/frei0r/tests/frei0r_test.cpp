@@ -20,16 +20,27 @@
 // The test program's allocations and those of the plug-ins, which look here first.
 extern "C" void* __libc_malloc(size_t);
 extern "C" void* __libc_calloc(size_t, size_t);
+extern "C" void __libc_free(void*);
 namespace {
 thread_local int allocations;
-}
-extern "C" void* malloc(size_t bytes) {
+thread_local int blocks;        // that are not freed yet
+thread_local int fail_at = -1;  // so many allocations still succeed, the next one gets no memory, all others do again
+bool is_short() {
     ++allocations;
-    return __libc_malloc(bytes);
+    return fail_at >= 0 && fail_at-- == 0;
 }
+void* counted(void* block) {
+    blocks += block != nullptr;
+    return block;
+}
+}  // namespace
+extern "C" void* malloc(size_t bytes) { return is_short() ? nullptr : counted(__libc_malloc(bytes)); }
 extern "C" void* calloc(size_t count, size_t bytes) {
-    ++allocations;
-    return __libc_calloc(count, bytes);
+    return is_short() ? nullptr : counted(__libc_calloc(count, bytes));
+}
+extern "C" void free(void* block) {
+    blocks -= block != nullptr;
+    __libc_free(block);
 }
 #endif
 
@@ -47,8 +58,8 @@ struct Size {
     size_t pixels() const { return static_cast<size_t>(width) * static_cast<size_t>(height); }
 };
 
-constexpr Size kSizes[] = {{1, 1},   {1, 8},   {8, 1},   {2, 2},   {3, 5},   {7, 9},    {8, 8},
-                           {15, 16}, {16, 15}, {17, 33}, {64, 48}, {90, 50}, {36, 200}, {320, 240}};
+constexpr Size kSizes[] = {{1, 1},   {1, 8},   {8, 1},   {2, 2},   {3, 5},    {7, 9},     {8, 8},     {15, 16},
+                           {16, 15}, {17, 33}, {64, 48}, {90, 50}, {36, 200}, {320, 240}, {32768, 8}, {8, 32768}};
 
 /// Noise, in part over a smooth ground, whose alpha is opaque in the upper half.
 Pixels make_picture(Random& random, Size size) {
@@ -68,6 +79,14 @@ double any_part(Random& random) {
         case 1: return random.below(1 << 12) / 4096.0;
         default: return random.below(1u << 30) / static_cast<double>(1u << 30);
     }
+}
+
+/// From a hard edge to one of the shorter side's width, with what is near one and two pixels among them.
+double any_feather(Random& random, Size size) {
+    if (random.chance(40))
+        return std::min(1.0,
+                        random.pick({0.0, 0.3, 0.999, 1.0, 1.001, 1.999, 2.0}) / std::min(size.width, size.height));
+    return any_part(random);
 }
 
 Place any_place(Random& random) {
@@ -106,7 +125,7 @@ Pixels set_and_expect(Instance& instance, const std::string& effect, Random& ran
         return expected_interpolation(size.width, size.height, first, lower);
     }
     if (effect == "spotlight") {
-        const Spotlight light = {any_place(random), any_part(random),  any_part(random),
+        const Spotlight light = {any_place(random), any_part(random),  any_feather(random, size),
                                  any_part(random),  any_color(random), random.chance(50)};
         set_place(instance, random, "Centre", light.centre);
         instance.set("Radius", light.radius);
@@ -121,7 +140,7 @@ Pixels set_and_expect(Instance& instance, const std::string& effect, Random& ran
         wipe.progress = progress;
         wipe.shape = random.between(0, 3);
         wipe.centre = any_place(random);
-        wipe.feather = random.chance(30) ? 0 : any_part(random) / 2;
+        wipe.feather = any_feather(random, size) / 2;
         wipe.cosine = random.chance(50);
         wipe.roundness = any_part(random);
         wipe.band_width = any_part(random);
@@ -344,7 +363,7 @@ TEST_P(Frei0r, MakesNoInstanceOfNoSize) {
 TEST_P(Frei0r, DrawsWhatTheLibraryDraws) {
     const LoadedPlugin plugin(effect());
     for (const Size size : kSizes) {
-        const int kRounds = size.width > 100 ? rounds(6) : rounds(20);
+        const int kRounds = size.pixels() < 10'000 ? rounds(20) : size.pixels() < 100'000 ? rounds(6) : rounds(1);
         for (int round = 0; round < kRounds; ++round) {
             Random random(round_seed(round) + size.pixels());
             const Pixels first = make_picture(random, size), second = make_picture(random, size);
@@ -451,9 +470,34 @@ TEST_P(Frei0r, DrawsOverItsOwnInput) {
 }
 
 #if COUNTS_ALLOCATIONS
-TEST_P(Frei0r, AllocatesNothingForAFrame) {
+TEST_P(Frei0r, MakesNoInstanceWithoutMemory) {
     const LoadedPlugin plugin(effect());
-    for (const Size size : {Size{320, 240}, {90, 50}}) {
+    for (const Size size : {Size{64, 48}, {7, 9}}) {
+        constexpr int kMostAllocations = 100;
+        int succeeding = 0;
+        for (; succeeding < kMostAllocations; ++succeeding) {
+            const int before = blocks;
+            fail_at = succeeding;
+            const f0r_instance_t instance =
+                plugin.construct(static_cast<unsigned>(size.width), static_cast<unsigned>(size.height));
+            const bool failed = fail_at < 0;
+            fail_at = -1;
+            EXPECT_EQ(instance == nullptr, failed) << "after " << succeeding;
+            plugin.destruct(instance);
+            ASSERT_EQ(blocks, before) << "after " << succeeding;
+            if (!failed)
+                break;
+        }
+        EXPECT_GT(succeeding, 2);
+        EXPECT_LT(succeeding, kMostAllocations);
+    }
+}
+
+TEST_P(Frei0r, AllocatesNothingForAFrameUnlessItIsWide) {
+    const LoadedPlugin plugin(effect());
+    const bool maps = effect() == "fly" || effect() == "corner_pin";
+    for (const Size size : {Size{320, 240}, {90, 50}, {2176, 9}, {2600, 9}}) {
+        const int most = maps && size.width > 2176 ? 1 : 0;
         for (int round = 0; round < rounds(8); ++round) {
             Random random(round_seed(round));
             const Pixels first = make_picture(random, size), second = make_picture(random, size);
@@ -464,7 +508,7 @@ TEST_P(Frei0r, AllocatesNothingForAFrame) {
             Pixels out(size.pixels());
             const int before = allocations;
             instance.update(first.data(), second.data(), out.data());
-            EXPECT_EQ(allocations, before) << how_to_repeat(random);
+            EXPECT_LE(allocations - before, most) << size.width << " pixels, " << how_to_repeat(random);
         }
     }
 }
@@ -474,7 +518,7 @@ TEST_P(Frei0r, AllocatesNothingForAFrame) {
 TEST_P(Frei0r, SurvivesAnyValues) {
     const LoadedPlugin plugin(effect());
     for (const Size size : {Size{64, 48}, {9, 7}, {1, 1}}) {
-        Instance instance(plugin, size.width, size.height);
+        Instance instance(plugin, size.width, size.height), busy(plugin, size.width, size.height);
         for (int round = 0; round < rounds(100); ++round) {
             Random random(round_seed(round));
             const auto any = [&] {
@@ -491,10 +535,20 @@ TEST_P(Frei0r, SurvivesAnyValues) {
                     plugin.set(instance.get(), value, i);
                 }
             }
-            const Pixels first = make_picture(random, size), second = make_picture(random, size);
+            // What the other one has in its own memory is of other pictures, drawn with usual values.
             Pixels one(size.pixels(), 1), other(size.pixels(), 2);
+            const Pixels third = make_picture(random, size), fourth = make_picture(random, size);
+            set_and_expect(busy, effect(), random, size, third, fourth);
+            busy.update(third.data(), fourth.data(), other.data());
+            for (int i = 0; i < plugin.info.num_params; ++i) {
+                double value[2];
+                plugin.get(instance.get(), value, i);
+                plugin.set(busy.get(), value, i);
+            }
+            std::fill(other.begin(), other.end(), 2);
+            const Pixels first = make_picture(random, size), second = make_picture(random, size);
             instance.update(first.data(), second.data(), one.data(), any());
-            instance.update(first.data(), second.data(), other.data(), any());
+            busy.update(first.data(), second.data(), other.data(), any());
             ASSERT_EQ(difference(size, one.data(), other), "") << "a pixel was left out; " << how_to_repeat(random);
         }
     }
@@ -550,6 +604,32 @@ TEST(Frei0rMixers, BeginWithTheFirstPictureAndEndWithTheSecond) {
     }
 }
 
+// Of two equal pictures a dissolve makes the same one; a wipe, whose shares are cut, may lose 1 in a byte.
+TEST(Frei0rMixers, KeepEqualPictures) {
+    const LoadedPlugin dissolve("dissolve"), wipe("wipe");
+    const Size size = {64, 48};
+    Random random(1);
+    const Pixels picture = make_picture(random, size);
+    Instance dissolving(dissolve, size.width, size.height), wiping(wipe, size.width, size.height);
+    wiping.set("Feather", 1);
+    int darker = 0;
+    for (int step = 1; step < 64; ++step) {
+        dissolving.set("Progress", step / 64.0 + 0.003);
+        ASSERT_EQ(difference(size, draw(dissolving, size, picture, picture).data(), picture), "") << step;
+        wiping.set("Progress", step / 64.0);
+        const Pixels wiped = draw(wiping, size, picture, picture);
+        for (size_t i = 0; i < wiped.size(); ++i) {
+            ASSERT_EQ(wiped[i] >> 24, picture[i] >> 24);
+            for (int k = 0; k < 24; k += 8) {
+                const int lost = static_cast<int>(picture[i] >> k & 255) - static_cast<int>(wiped[i] >> k & 255);
+                ASSERT_TRUE(lost == 0 || lost == 1) << lost;
+                darker += lost;
+            }
+        }
+    }
+    EXPECT_GT(darker, 0);
+}
+
 // Just before its end a wipe shows nothing of the first picture, just after its beginning nothing of the second: from
 // there to the end nothing jumps.
 TEST(Frei0rWipe, CoversTheFrameAtItsEnd) {
@@ -577,6 +657,43 @@ TEST(Frei0rWipe, CoversTheFrameAtItsEnd) {
             }
         }
     }
+}
+
+/// How many pixels are neither black nor white.
+ptrdiff_t greys(const Pixels& pixels) {
+    return std::count_if(pixels.begin(), pixels.end(), [](uint32_t p) { return (p & 255) > 8 && (p & 255) < 247; });
+}
+
+// A ramp that is narrower than a pixel is drawn as none: as a hard edge, with greys along it.
+TEST(Frei0rFeather, BelowAPixelIsAHardAntialiasedEdge) {
+    const Size size = {64, 48};
+    const Pixels black(size.pixels(), 0xff000000), white(size.pixels(), 0xffffffff);
+    const LoadedPlugin wipe("wipe"), spotlight("spotlight");
+    const auto wiped = [&](double shape, double feather_px) {
+        Instance instance(wipe, size.width, size.height);
+        instance.set("Progress", 0.37);
+        instance.set("Shape", shape);
+        instance.set("Feather", feather_px / size.height);
+        return draw(instance, size, black, white);
+    };
+    for (const double shape : {0.0, 0.25, 0.5, 0.75}) {
+        const Pixels hard = wiped(shape, 0);
+        EXPECT_GT(greys(hard), 20) << shape;
+        for (const double feather_px : {0.01, 0.5, 0.99})
+            EXPECT_EQ(difference(size, wiped(shape, feather_px).data(), hard), "") << shape << " " << feather_px;
+        EXPECT_NE(wiped(shape, 1.5), hard) << shape;
+    }
+    const auto lit = [&](double feather_px) {
+        Instance instance(spotlight, size.width, size.height);
+        instance.set("Darkness", 1);
+        instance.set("Feather", feather_px / size.height);
+        return draw(instance, size, white, white);
+    };
+    const Pixels hard = lit(0);
+    EXPECT_GT(greys(hard), 20);
+    for (const double feather_px : {0.01, 0.5, 0.99})
+        EXPECT_EQ(difference(size, lit(feather_px).data(), hard), "") << feather_px;
+    EXPECT_NE(lit(1.5), hard);
 }
 
 // Opaque pictures give opaque frames, but for what a corner pin leaves uncovered.
@@ -622,6 +739,29 @@ TEST(Frei0rCornerPin, HasColoursOfItsOwnAtTransparentEdges) {
     }
     EXPECT_GT(edge, 50);
     EXPECT_GT(outside, 500);
+}
+
+TEST(Frei0rCornerPin, KeepsColoursAtTransparentEdges) {
+    const LoadedPlugin plugin("corner_pin");
+    const Size size = {64, 48};
+    constexpr int kColor = 100;
+    const Pixels grey(size.pixels(), 0xff000000 | kColor * 0x010101);
+    Instance instance(plugin, size.width, size.height);
+    instance.set("Top left", 0.21, 0.13);
+    instance.set("Top right", 0.83, 0.02);
+    instance.set("Bottom right", 0.9, 0.97);
+    instance.set("Bottom left", 0.05, 0.8);
+    int edge = 0;
+    for (const uint32_t pixel : draw(instance, size, grey, grey)) {
+        const int alpha = static_cast<int>(pixel >> 24);
+        if (alpha == 0 || alpha == 255)
+            continue;
+        ++edge;
+        for (int k = 0; k < 3; ++k)  // of the up to 255 / alpha + 1 colours that blend to the same byte, the middle one
+            EXPECT_LE(2 * std::abs(static_cast<int>(pixel >> 8 * k & 255) - kColor) * alpha, 255 + alpha)
+                << std::hex << pixel;
+    }
+    EXPECT_GT(edge, 50);
 }
 
 // A checkerboard pinned to a trapezium: its middle line is seen where perspective puts it, not in the middle.

@@ -7,9 +7,7 @@ import numpy as np
 
 FRAMES = 25
 RATE = 25
-
-
-MELT_TRIES = 6
+MELT_TRIES = 4
 
 
 def run(command, folder, seconds=120):
@@ -29,6 +27,26 @@ def run(command, folder, seconds=120):
     return result.stdout
 
 
+def run_until(done, command, folder, seconds=20):
+    """The output of a melt that has done its work. Of the runs of melt 7.12 some in a hundred end, or hang, before a
+    frame has been asked for, whatever they play: a run after which `done` is false of its output is made again."""
+    for _ in range(MELT_TRIES):
+        try:
+            said = run(command, folder, seconds)
+        except subprocess.TimeoutExpired as hanging:
+            output = (hanging.stdout or b"").decode(errors="replace")
+            said = f"{output}\nno end within {seconds} seconds"
+            assert not done(output), f"{' '.join(map(str, command))}\ndoes its work, then hangs:\n{said}"
+        else:
+            if done(said):
+                return said
+    raise AssertionError(f"{' '.join(map(str, command))}\nhas done nothing in {MELT_TRIES} runs; the last one:\n{said}")
+
+
+def has_written(path, least=1):
+    return path.exists() and path.stat().st_size >= least
+
+
 def read_frames(path, size):
     frames = np.fromfile(path, np.uint8)
     assert frames.size > 0 and frames.size % (size[0] * size[1] * 4) == 0, f"{path}: {frames.size} bytes"
@@ -42,8 +60,7 @@ def make_clip(path, source, size):
 
 
 def run_melt(size, arguments, out, folder, watch=(), seconds=20):
-    """Plays the arguments into the file `out`. Of the runs of melt 7.12 some in a hundred end, or hang, before a frame has
-    been asked for, whatever they play: such a run is made again."""
+    """Plays the arguments into the file `out`."""
     profile = folder / f"profile_{size[0]}x{size[1]}"
     profile.write_text(
         f"description=test\nframe_rate_num={RATE}\nframe_rate_den=1\nwidth={size[0]}\nheight={size[1]}\nprogressive=1\n"
@@ -52,16 +69,8 @@ def run_melt(size, arguments, out, folder, watch=(), seconds=20):
     )
     consumer = [f"avformat:{out}", "f=rawvideo", "vcodec=rawvideo", "pix_fmt=rgba", "mlt_image_format=rgba"]
     command = [*watch, "melt", "-silent", "-profile", profile, *arguments, "-consumer", *consumer, "an=1", "real_time=-1"]
-    for _ in range(MELT_TRIES):
-        out.unlink(missing_ok=True)
-        try:
-            run(command, folder, seconds)
-        except subprocess.TimeoutExpired:
-            if out.exists() and out.stat().st_size > 0:
-                raise
-        if out.exists() and out.stat().st_size > 0:
-            return
-    raise AssertionError(f"{' '.join(map(str, command))}\nhas written nothing in {MELT_TRIES} runs")
+    out.unlink(missing_ok=True)
+    run_until(lambda _: has_written(out), command, folder, seconds)
 
 
 def melt(size, arguments, folder):

@@ -26,6 +26,11 @@ def packed(color):
     return red | green << 8 | blue << 16 | 255 << 24
 
 
+def drawn_feather(part, unit):
+    """Of a soft edge, in pixels: below one the edge is a hard one."""
+    return part * unit if part * unit >= 1 else 0
+
+
 def disc(frame, centre, radius, feather, cosine):
     weights = blank(frame, zepbmp.Format.PWRW)
     if radius > 0:
@@ -74,7 +79,7 @@ def box_weights(frame, centre, half, radius, feather, cosine):
     """A soft box, pixel by pixel; rounded corners come from a disc for each."""
     height, width = frame.shape[:2]
     weights = blank(frame, zepbmp.Format.PWRW)
-    if feather < 1:
+    if feather == 0:
         low = [math.floor((centre[i] - half[i]) * 64 + 0.5) / 64 for i in (0, 1)]
         high = [math.floor((centre[i] + half[i]) * 64 + 0.5) / 64 for i in (0, 1)]
         if radius > 0:
@@ -127,7 +132,7 @@ def wipe(
     x, y = centre[0] * width, centre[1] * height
     reach = (max(abs(x), abs(width - x)), max(abs(y), abs(height - y)))
     corner = math.sqrt(reach[0] ** 2 + reach[1] ** 2)
-    feather *= unit
+    feather = drawn_feather(feather, unit)
     out, a, b = blank(first), bitmap(first), bitmap(second)
     if shape == "band":
         band = band_width * unit
@@ -167,16 +172,18 @@ def corner_pin(picture, corners, background=None):
     result = out.to_array()
     coverage = weights.array.astype(np.int64)[..., None]
     edge = (coverage[..., 0] > 0) & (coverage[..., 0] < FULL)
-    # The smallest colour that the coverage makes the same byte of.
-    color = -(-result[..., :3].astype(np.int64) * FULL // np.maximum(coverage, 1))
-    result[..., :3][edge] = np.minimum(color, 255)[edge]
+    # The middle one of the colours that the coverage makes the same byte of.
+    byte, part = result[..., :3].astype(np.int64), np.maximum(coverage, 1)
+    least, most = -(-byte * FULL // part), np.minimum(((byte + 1) * FULL - 1) // part, 255)
+    result[..., :3][edge] = np.minimum((least + most + 1) // 2, 255)[edge]
     return result
 
 
 def spotlight(picture, centre=(0.5, 0.5), radius=0.4, feather=0.15, darkness=0.7, color=(0, 0, 0), cosine=True):
     height, width = picture.shape[:2]
     unit = min(width, height)
-    weights = disc(picture, (centre[0] * width, centre[1] * height), radius * unit, feather * unit, cosine)
+    soft = drawn_feather(feather, unit)
+    weights = disc(picture, (centre[0] * width, centre[1] * height), radius * unit, soft, cosine)
     dark = math.floor(darkness * FULL + 0.5)
     weights.array[:] = FULL - (FULL - weights.array.astype(np.int64)) * dark // FULL
     out = blank(picture)

@@ -59,7 +59,7 @@ def check(plugins, folder):
         words = arguments(effects, folder, size)
         report = folder / f"report_{size[0]}.xml"
         got, want = folder / "got.rgba", folder / "want.rgba"
-        hosts.run_melt(size, words, got, folder, [*VALGRIND, f"--xml-file={report}"], 120)
+        hosts.run_melt(size, words, got, folder, [*VALGRIND, f"--xml-file={report}"], 45)
         if "faulty" not in effects:
             hosts.run_melt(size, words, want, folder)
             if got.read_bytes() != want.read_bytes():
