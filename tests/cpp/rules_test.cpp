@@ -86,8 +86,7 @@ TEST_F(CppRules, Numbers) {
     refused<OutOfRange>("Level: value is -1, must lie within 0..4096", [] { Level(-1); });
     // What int does not hold is not cut to what it does.
     refused<OutOfRange>("Level: value is 4294967297, must lie within 0..4096", [] { Level(int64_t{4294967297}); });
-    refused<OutOfRange>("Level: value is 18446744073709551615, must lie within 0..4096",
-                        [] { Level(std::numeric_limits<uint64_t>::max()); });
+    refused<OutOfRange>("Level: value is 18446744073709551615, must lie within 0..4096", [] { Level(UINT64_MAX); });
     refused<OutOfRange>("PaletteIndex: value is -1, must lie within 0..255",
                         [] { PaletteIndex(static_cast<signed char>(-1)); });
     refused<OutOfRange>("Weight: value is 4097, must lie within 0..4096", [] { Weight(4097); });
