@@ -33,14 +33,10 @@ if(ZEPBMP_32BIT AND NOT WIN32)
 endif()
 
 # Of a target that holds tests, without a choice between the static and the shared library. What tests compare is
-# computed elsewhere, in the library and in the model, so optimising them costs more time than it saves.
+# computed elsewhere, in the library and in the model, so optimising them further costs more time than it saves.
 function(zepbmp_test_flags name)
     zepbmp_project_flags(${name})
-    if(ZEPBMP_SANITIZE)
-        target_compile_options(${name} PRIVATE -O0)
-    else()
-        target_compile_options(${name} PRIVATE -O1)
-    endif()
+    target_compile_options(${name} PRIVATE -O1)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_definitions(${name} PRIVATE ZEPBMP_TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}" ZEPBMP_HAVE_AVX2=1
         $<$<NOT:$<BOOL:${ZEPBMP_32BIT}>>:ZEPBMP_HAVE_AVX512=1>)
