@@ -32,6 +32,18 @@ if(ZEPBMP_32BIT AND NOT WIN32)
     find_program(ZEPBMP_QEMU qemu-i386 REQUIRED DOC "Runs the tests on old processors (package qemu-user)")
 endif()
 
+# ZEPBMP_DEBIAN_PYTHON: Debian's own Python, which Debian's modules are those of. Those named have to be there; what
+# brings them, or does without them, is told.
+macro(zepbmp_require_debian_python advice)
+    find_program(ZEPBMP_DEBIAN_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
+    foreach(module IN ITEMS ${ARGN})
+        execute_process(COMMAND ${ZEPBMP_DEBIAN_PYTHON} -c "import ${module}" RESULT_VARIABLE status ERROR_QUIET)
+        if(NOT status EQUAL 0)
+            message(FATAL_ERROR "Python has no module '${module}': ${advice}")
+        endif()
+    endforeach()
+endmacro()
+
 # Of a target that holds tests, without a choice between the static and the shared library. What tests compare is
 # computed elsewhere, in the library and in the model, so optimising them further costs more time than it saves.
 function(zepbmp_test_flags name)

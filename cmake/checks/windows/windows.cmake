@@ -1,11 +1,7 @@
 # Tests of zepbmp.dll as a file and towards the loader, and of the zip that is made of it.
-# Debian's modules are those of Debian's own Python.
-find_program(ZEPBMP_DEBIAN_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
-execute_process(COMMAND ${ZEPBMP_DEBIAN_PYTHON} -c "import pefile" RESULT_VARIABLE status ERROR_QUIET)
-if(NOT status EQUAL 0)
-    message(FATAL_ERROR "Python has no module 'pefile', which reads Windows programs: install the package "
-        "'python3-pefile', or build without tests (ZEPBMP_TESTS=OFF)")
-endif()
+zepbmp_require_debian_python("install the package 'python3-pefile', which reads Windows programs, or build without tests \
+(ZEPBMP_TESTS=OFF)"
+    pefile)
 set(here ${checks}/windows)
 
 set(check_dll ${ZEPBMP_DEBIAN_PYTHON} ${checks}/check_dll.py --bits ${bits} --header ${header} --def ${zepbmp_def}
