@@ -152,7 +152,7 @@ void FrameConverter::convert(const AVFrame& frame, Bitmap& to) {
         case Mode::kDeinterlace: {
             if (!native_ || native_->width() < frame.width || native_->width() > frame.width + 1 ||
                 native_->height() != frame.height)
-                native_.emplace((frame.width + 1) & ~1, frame.height, Format::yuy2);
+                native_.emplace(even(frame.width), frame.height, Format::yuy2);
             const PictureView native_view = view_of(*native_, frame.width, matrix_);
             native_scaler_.convert_fields(from_view, native_view);
             interporate(*native_, *native_, Parity::even);

@@ -92,7 +92,7 @@ Report join_parts(const JoinOptions& options) {
     if (options.sheet)
         sheet.emplace(*options.sheet, options.overwrite, whole.timeline, video.width, video.height,
                       video.line_height_px(), matrix);
-    Bitmap picture((video.width + 1) & ~1, video.height, Format::yuy2);
+    Bitmap picture(even(video.width), video.height, Format::yuy2);
     {
         ProgressBar progress(whole.timeline.total);
         for (const Part& part : parts) {
@@ -113,13 +113,7 @@ Report join_parts(const JoinOptions& options) {
             reader.finish();
         }
     }
-    writer.finish();
-    if (sheet)
-        sheet->finish();
-    check_interrupt();
-    writer.commit();
-    if (sheet)
-        sheet->commit();
+    put_in_place(writer, sheet);
 
     Report report;
     report.summary = options.output.string() + ": " + describe_output(whole.timeline.total, video, whole.order) + ", " +

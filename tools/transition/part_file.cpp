@@ -159,8 +159,6 @@ void pack(const AVFrame& from, Bitmap& to) {
     }
 }
 
-int even(int width) { return (width + 1) & ~1; }
-
 }  // namespace
 
 std::string PartHeader::transition() const {

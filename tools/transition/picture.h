@@ -12,6 +12,9 @@ constexpr Field kWholeFrame = Field::both;
 constexpr Field kTopField = Field::even;
 constexpr Field kBottomField = Field::odd;
 
+/// Width of a picture's bitmap: YUY2 has whole pairs.
+constexpr int even(int width) { return (width + 1) & ~1; }
+
 enum class FieldOrder { kProgressive, kTopFirst, kBottomFirst };
 
 }  // namespace zepbmp::transition

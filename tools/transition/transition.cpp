@@ -54,7 +54,7 @@ public:
         : reader_(reader),
           order_(order),
           converter_(converter_mode(order, output_order), output.width, known_matrix(output.matrix, output.height)),
-          picture_((output.width + 1) & ~1, output.height, Format::yuy2,
+          picture_(even(output.width), output.height, Format::yuy2,
                    interlaced(order) && interlaced(output_order) ? kTwoFields : Scan::progressive) {}
 
     /// The picture that holds what is seen at a time of this video. `field` tells which field is asked for, since the
@@ -96,7 +96,7 @@ public:
           ease_(options.ease),
           a_(reader_a, order_, reader_a.info(), order_),
           b_(reader_b, resolve(options.fields, reader_b.info().fields), reader_a.info(), order_),
-          picture_((reader_a.info().width + 1) & ~1, reader_a.info().height, Format::yuy2),
+          picture_(even(reader_a.info().width), reader_a.info().height, Format::yuy2),
           effect_(effect_settings(options, reader_a.info()), picture_.width(), picture_.height()) {}
 
     FieldOrder order() const { return order_; }
@@ -336,14 +336,7 @@ Report render(const Options& options, Seeking seeking) {
             progress.update(frame - range.first + 1);
         }
     }
-    // Both files are whole before either takes its place, so that a failure or an interrupt leaves neither.
-    writer->finish();
-    if (sheet)
-        sheet->finish();
-    check_interrupt();
-    writer->commit();
-    if (sheet)
-        sheet->commit();
+    put_in_place(*writer, sheet);
 
     Report report;
     report.summary = options.output.string() + ": ";
@@ -358,6 +351,16 @@ Report render(const Options& options, Seeking seeking) {
 }
 
 }  // namespace
+
+void put_in_place(FrameWriter& writer, std::optional<ContactSheet>& sheet) {
+    writer.finish();
+    if (sheet)
+        sheet->finish();
+    check_interrupt();
+    writer.commit();
+    if (sheet)
+        sheet->commit();
+}
 
 std::string describe_output(int64_t frames, const VideoInfo& video, FieldOrder order) {
     char text[160];
